@@ -1,0 +1,5 @@
+#include "tern_common/command_system.hpp"
+
+#include "tests/support/reports.hpp"
+
+#include <gtest/gtest.h>
