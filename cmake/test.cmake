@@ -9,8 +9,9 @@ function(tern_add_test name)
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE tern_build_options tern_test_support ${arg_LIBS})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-    string(REPLACE ";" "\\;" labels "${arg_LABELS}") # the list must survive one more expansion
-    gtest_discover_tests(${name}
-        DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS "${labels}" TIMEOUT ${arg_TIMEOUT})
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${arg_TIMEOUT})
+    # Labels are set when ctest reads the discovered tests: gtest_discover_tests keeps only the first of a list.
+    set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${name}_labels.cmake)
+    file(WRITE ${labels_file} "set_tests_properties(\${${name}_TESTS} PROPERTIES LABELS \"${arg_LABELS}\")\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels_file})
 endfunction()

@@ -15,8 +15,8 @@
 #include <unordered_map>
 #include <utility>
 
-/// One operation that scripts can call: a fixed number of typed arguments, and a future that is ready when the
-/// operation is done. Owns the callable. Main thread only; the future may be fulfilled on any thread.
+/// One operation that scripts can call: a fixed number of typed arguments, and a future that is ready when
+/// the operation is done. Owns the callable. Main thread only; the future may be fulfilled on any thread.
 class TERN_COMMON_API Command
 {
 public:
@@ -47,9 +47,9 @@ public:
 
     std::size_t argc() const;
 
-    /// Calls the operation with the @p argc values at @p argv. A wrong count and an argument that does not cast
-    /// are reported, and the call is made all the same, with value-initialised parameters in those places.
-    /// What the callable throws passes through.
+    /// Calls the operation with the @p argc values at @p argv. A wrong count and an argument that does not
+    /// cast are reported, and the call is made all the same, with value-initialised parameters in those
+    /// places. What the callable throws passes through.
     std::future<void> invoke(std::size_t argc, const vell::Variant* argv) const;
 
 private:
@@ -59,8 +59,8 @@ private:
 namespace TernCommonDetail
 {
 
-/// 64-bit FNV-1a over a name's bytes. Not noexcept: libstdc++ stores the hash of a node only where computing it
-/// may throw, and computing FNV-1a again at each look costs more than the memory.
+/// 64-bit FNV-1a over a name's bytes. Not noexcept: libstdc++ stores the hash of a node only where computing
+/// it may throw, and computing FNV-1a again at each look costs more than the memory.
 struct NameHash
 {
     std::uint64_t operator()(std::string_view name) const
@@ -101,9 +101,9 @@ struct SignatureOf<Function*>
 
 } // namespace TernCommonDetail
 
-/// A node of the command tree: children and commands by name (case-sensitive bytes). Children are not owned: who
-/// owns one removes it, or destroys this node, before the child dies. Commands are shared with copies of the node.
-/// Main thread only.
+/// A node of the command tree: children and commands by name (case-sensitive bytes). Children are not owned:
+/// who owns one removes it, or destroys this node, before the child dies. Commands are shared with copies of
+/// the node. Main thread only.
 class TERN_COMMON_API CommandObject
 {
 public:
@@ -122,11 +122,11 @@ public:
     /// The command, or null; valid while this node or a copy of it holds it.
     const Command* findCommand(const std::string& name) const;
 
-    /// Adds a command that calls @p callable: a function pointer or an object with one operator(), which may be
-    /// move-only. It returns std::future<void>. Each parameter is bool, an integer, std::string or a pointer or
-    /// smart pointer that variants hold, by value or by const reference. The future of std::async waits in its own
-    /// destructor; fulfil a std::promise where the tree must not wait.
-    /// A name that is taken is reported and keeps its command.
+    /// Adds a command that calls @p callable: a function pointer or an object with one operator(), which may
+    /// be move-only. It returns std::future<void>. Each parameter is bool, an integer, std::string or a
+    /// pointer or smart pointer that variants hold, by value or by const reference. The future of std::async
+    /// waits in its own destructor; fulfil a std::promise where the tree must not wait. A name that is taken
+    /// is reported and keeps its command.
     template <class Callable>
     void addCommand(std::string name, Callable callable);
 
@@ -141,10 +141,12 @@ private:
 };
 
 template <class Callable, class Result, class... Args>
-class Command::Wrapper<Callable, TernCommonDetail::Signature<Result, Args...>> final : public Command::WrapperBase
+class Command::Wrapper<Callable, TernCommonDetail::Signature<Result, Args...>> final
+    : public Command::WrapperBase
 {
     static_assert(std::is_same_v<Result, std::future<void>>, "a command returns std::future<void>");
-    static_assert(((!std::is_lvalue_reference_v<Args> || std::is_const_v<std::remove_reference_t<Args>>)&&...),
+    static_assert(((!std::is_lvalue_reference_v<Args> ||
+                    std::is_const_v<std::remove_reference_t<Args>>)&&...),
                   "a command takes its parameters by value or by const reference");
 
 public:
@@ -159,7 +161,8 @@ public:
         return std::apply(
             [&](auto&... a)
             {
-                [[maybe_unused]] const vell::Variant* const end = argv + argc; // parameters beyond keep their value
+                [[maybe_unused]] const vell::Variant* const end =
+                    argv + argc; // parameters beyond keep their value
                 (fill(a, argv, end), ...);
                 return m_callable(static_cast<Args&&>(a)...);
             },

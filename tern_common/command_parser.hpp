@@ -14,8 +14,8 @@
 ///     arguments = argument blanks *( "," blanks argument blanks )
 ///     argument  = 1*digit | "true" | "false" | <"> *( any but <"> ) <">
 ///
-/// The first mistake is reported as a message of priority 5, but for a string without its closing quote, which
-/// fails in silence. Letters, digits and blanks are what the C library's wide classification says.
+/// The first mistake is reported as a message of priority 5, but for a string without its closing quote,
+/// which fails in silence. Letters, digits and blanks are what the C library's wide classification says.
 class CommandParser
 {
 public:
@@ -37,7 +37,8 @@ public:
     void parse();
 
     Result result() const noexcept { return m_result; }
-    /// The names in order, as UTF-8; complete when the result is PARSED, and then not empty. May be moved from.
+    /// The names in order, as UTF-8; complete when the result is PARSED, and then not empty. May be moved
+    /// from.
     std::vector<std::string>& path() noexcept { return m_path; }
     std::vector<vell::Variant>& args() noexcept { return m_args; }
 

@@ -18,7 +18,8 @@
 namespace
 {
 
-// ASCII is classified the same in every locale, so that scripts, which are nearly all ASCII, need no call for it.
+// ASCII is classified the same in every locale, so that scripts, which are nearly all ASCII, need no call for
+// it.
 constexpr wchar_t ASCII_END = 0x80;
 
 bool isBlank(wchar_t c)
@@ -372,7 +373,8 @@ void CommandSystem::parseScriptFile(const std::wstring& path)
     }
     else
     {
-        m_queue.insert(m_queue.end(), std::move_iterator(commands.begin()), std::move_iterator(commands.end()));
+        m_queue.insert(m_queue.end(), std::move_iterator(commands.begin()),
+                       std::move_iterator(commands.end()));
     }
     m_origins->append(std::move(origins));
 }

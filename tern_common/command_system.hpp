@@ -23,9 +23,9 @@ struct ScriptLine
     std::size_t line = 0;
 };
 
-/// Runs command scripts against a tree of commands, one command after another: each starts when the one before it
-/// has fulfilled its future, and no more than one a tick. Driven from the main thread; a command's future may be
-/// fulfilled on any thread.
+/// Runs command scripts against a tree of commands, one command after another: each starts when the one
+/// before it has fulfilled its future, and no more than one a tick. Driven from the main thread; a command's
+/// future may be fulfilled on any thread.
 class TERN_COMMON_API CommandSystem
 {
 public:
@@ -33,23 +33,24 @@ public:
     CommandSystem();
     CommandSystem(const CommandSystem&) = delete;
     CommandSystem& operator=(const CommandSystem&) = delete;
-    /// Drops the future that is waited for and every command not yet run. Children of the root are not touched.
+    /// Drops the future that is waited for and every command not yet run. Children of the root are not
+    /// touched.
     ~CommandSystem();
 
     /// Where the host adds its objects and commands.
     CommandObject& rootObject() noexcept;
 
     /// Queues the commands of a script file behind those queued already: all of them, or none when a line is
-    /// wrong. A wrong line is reported; a file that cannot be opened queues nothing, in silence. A number above
-    /// 2147483647 throws std::out_of_range.
+    /// wrong. A wrong line is reported; a file that cannot be opened queues nothing, in silence. A number
+    /// above 2147483647 throws std::out_of_range.
     ///
-    /// The file is read with the global C++ locale; under the classic one each byte becomes one character. Lines
-    /// end with LF or CR LF.
+    /// The file is read with the global C++ locale; under the classic one each byte becomes one character.
+    /// Lines end with LF or CR LF.
     void parseScriptFile(const std::wstring& path);
 
-    /// Counts down a running wait; then, if the command started last is done, takes its result and starts the next
-    /// one. Rethrows what a command throws or stores in its future; that command is over then, and the next tick
-    /// goes on with the queue. A command that cannot be found is reported and skipped.
+    /// Counts down a running wait; then, if the command started last is done, takes its result and starts the
+    /// next one. Rethrows what a command throws or stores in its future; that command is over then, and the
+    /// next tick goes on with the queue. A command that cannot be found is reported and skipped.
     ///
     /// Called from within a command, a tick starts nothing: that command has not finished.
     void tick();
@@ -58,8 +59,8 @@ public:
     bool isIdle() const noexcept;
     std::size_t queuedCommandCount() const noexcept;
 
-    /// Where the command that was started last stands; it is the running one until the system is idle or starts
-    /// the next. Set before the command is looked up, so that its reports can be placed.
+    /// Where the command that was started last stands; it is the running one until the system is idle or
+    /// starts the next. Set before the command is looked up, so that its reports can be placed.
     ScriptLine startedLine() const;
     /// The line that parseScriptFile() looked at last.
     ScriptLine parsedLine() const;

@@ -12,8 +12,8 @@ namespace
 
 using NarrowToWide = std::codecvt<wchar_t, char, std::mbstate_t>;
 
-/// Widens each byte to one character, a block at a time. The classic locale's own conversion gives up at the first
-/// byte above 0x7F on some systems, as if the file ended there, and converts byte by byte.
+/// Widens each byte to one character, a block at a time. The classic locale's own conversion gives up at the
+/// first byte above 0x7F on some systems, as if the file ended there, and converts byte by byte.
 class ByteWidening final : public NarrowToWide
 {
 protected:
@@ -21,8 +21,9 @@ protected:
                  wchar_t* toEnd, wchar_t*& toNext) const override
     {
         const std::ptrdiff_t count = std::min(fromEnd - from, toEnd - to);
-        toNext = std::transform(from, from + count, to,
-                                [](char byte) { return static_cast<wchar_t>(static_cast<unsigned char>(byte)); });
+        toNext =
+            std::transform(from, from + count, to,
+                           [](char byte) { return static_cast<wchar_t>(static_cast<unsigned char>(byte)); });
         fromNext = from + count;
         return fromNext == fromEnd ? ok : partial;
     }

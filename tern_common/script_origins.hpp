@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-/// The script lines that queued commands come from, first in, first out. Commands on consecutive lines share one
-/// entry, so that a long script costs next to nothing.
+/// The script lines that queued commands come from, first in, first out. Commands on consecutive lines share
+/// one entry, so that a long script costs next to nothing.
 class ScriptOrigins
 {
 public:
@@ -15,7 +15,8 @@ public:
 
     void push(const Script& script, std::size_t line)
     {
-        if (m_runs.empty() || m_runs.back().script != script || m_runs.back().line + m_runs.back().count != line)
+        if (m_runs.empty() || m_runs.back().script != script ||
+            m_runs.back().line + m_runs.back().count != line)
         {
             m_runs.push_back({script, line, 0});
         }

@@ -12,8 +12,9 @@ namespace Detail
 class Slot;
 }
 
-/// A slot's place in a signal, owned. Dropping or disconnecting it takes the slot out of the signal and releases
-/// the slot's callable at once; a slot that cuts its own connection is released when its call returns.
+/// A slot's place in a signal, owned. Dropping or disconnecting it takes the slot out of the signal and
+/// releases the slot's callable at once; a slot that cuts its own connection is released when its call
+/// returns.
 ///
 /// A connection whose signal is gone is inert. disconnect() waits for a call of the slot that is running in
 /// another thread, so afterwards the slot's code may be unmapped.

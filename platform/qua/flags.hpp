@@ -5,7 +5,8 @@
 namespace qua
 {
 
-/// A set of the bits that the enumerators of @p E stand for. A plain value; converts from a single enumerator.
+/// A set of the bits that the enumerators of @p E stand for. A plain value; converts from a single
+/// enumerator.
 template <class E>
     requires std::is_enum_v<E>
 class Flags

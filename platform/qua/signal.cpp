@@ -10,8 +10,8 @@ namespace qua
 namespace Detail
 {
 
-/// One connected callable. Signals2 holds it for as long as the signal may call it; connections only refer to it,
-/// so that nothing of the callable survives the signal.
+/// One connected callable. Signals2 holds it for as long as the signal may call it; connections only refer to
+/// it, so that nothing of the callable survives the signal.
 class Slot
 {
 public:
@@ -39,7 +39,8 @@ public:
     void cut()
     {
         m_link.disconnect();
-        std::function<void(const void*)> released; // destroyed unlocked: what it captured may cut further slots
+        std::function<void(const void*)>
+            released; // destroyed unlocked: what it captured may cut further slots
         const std::lock_guard lock(m_mutex);
         m_cut = true;
         if (m_depth == 0)
@@ -49,7 +50,8 @@ public:
     }
 
 private:
-    /// A callable must not be destroyed while it runs: the outermost call releases one that was cut meanwhile.
+    /// A callable must not be destroyed while it runs: the outermost call releases one that was cut
+    /// meanwhile.
     class Running
     {
     public:

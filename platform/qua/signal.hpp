@@ -12,8 +12,8 @@
 namespace qua
 {
 
-/// The part of a signal that does not depend on its signature. It lives in the qua library alone, so that no body
-/// of it is left in a plug-in that connected a slot and has been unmapped since.
+/// The part of a signal that does not depend on its signature. It lives in the qua library alone, so that no
+/// body of it is left in a plug-in that connected a slot and has been unmapped since.
 class QUA_API SignalBase
 {
 public:
@@ -40,12 +40,12 @@ private:
 template <class Signature>
 class Signal;
 
-/// A list of slots called in the order in which they were connected. Connecting and emitting are safe against each
-/// other from any thread; calls of one slot never overlap in different threads.
+/// A list of slots called in the order in which they were connected. Connecting and emitting are safe against
+/// each other from any thread; calls of one slot never overlap in different threads.
 ///
-/// During an emission a slot may cut its own connection or another one (a slot cut before its turn is not called),
-/// connect further slots (called from the next emission on), emit again, or destroy the signal (the slots behind
-/// it are not called). An exception out of a slot leaves the emission through its caller.
+/// During an emission a slot may cut its own connection or another one (a slot cut before its turn is not
+/// called), connect further slots (called from the next emission on), emit again, or destroy the signal (the
+/// slots behind it are not called). An exception out of a slot leaves the emission through its caller.
 template <class... Args>
 class Signal<void(Args...)> : public SignalBase
 {
@@ -59,9 +59,8 @@ public:
         {
             return {};
         }
-        return connectErased(
-            [slot = std::move(slot)](const void* arguments)
-            { std::apply(slot, *static_cast<const std::tuple<Args&...>*>(arguments)); });
+        return connectErased([slot = std::move(slot)](const void* arguments)
+                             { std::apply(slot, *static_cast<const std::tuple<Args&...>*>(arguments)); });
     }
 
     void operator()(Args... args) const

@@ -7,8 +7,8 @@
 #include <vector>
 
 #if __has_include(<cxxabi.h>)
-#include <cxxabi.h>
 #include <cstdlib>
+#include <cxxabi.h>
 #endif
 
 namespace vell
@@ -17,8 +17,8 @@ namespace vell
 namespace
 {
 
-/// The registered types, oldest first. Types are compared, never hashed by address: a type_info may belong to a
-/// library that is unloaded while another one still registers the same type.
+/// The registered types, oldest first. Types are compared, never hashed by address: a type_info may belong to
+/// a library that is unloaded while another one still registers the same type.
 class Registry
 {
 public:

@@ -76,7 +76,10 @@ class MetaTypeImpl final : public MetaType
 public:
     MetaTypeImpl() : MetaType(describe()) {}
 
-    void copyConstruct(void* to, const void* from) const override { new (to) T(*static_cast<const T*>(from)); }
+    void copyConstruct(void* to, const void* from) const override
+    {
+        new (to) T(*static_cast<const T*>(from));
+    }
     void moveConstruct(void* to, void* from) const noexcept override
     {
         new (to) T(std::move(*static_cast<T*>(from)));
@@ -101,7 +104,8 @@ private:
     }
 };
 
-/// The meta type of @p T, registered on first use by the calling library, for as long as that library is loaded.
+/// The meta type of @p T, registered on first use by the calling library, for as long as that library is
+/// loaded.
 template <class T>
 const MetaType& metaType()
 {

@@ -14,8 +14,8 @@ struct PointerTraits;
 
 /// Pointers to char are text and stay out: a variant takes them as std::string.
 template <class T>
-    requires(std::is_object_v<T> || std::is_void_v<T>) && (!std::same_as<std::remove_cv_t<T>, char>)
-struct PointerTraits<T*>
+    requires(std::is_object_v<T> || std::is_void_v<T>)
+&&(!std::same_as<std::remove_cv_t<T>, char>)struct PointerTraits<T*>
 {
     using Target = T;
     static const volatile void* address(T* pointer) noexcept { return pointer; }
@@ -29,6 +29,9 @@ struct PointerTraits<std::shared_ptr<T>>
 };
 
 template <class T>
-concept PointerLike = requires { typename PointerTraits<T>::Target; };
+concept PointerLike = requires
+{
+    typename PointerTraits<T>::Target;
+};
 
 } // namespace vell

@@ -72,8 +72,8 @@ private:
 } // namespace Detail
 
 /// A dynamically typed value: nothing (void), bool, 64-bit signed integer, std::string, or a pointer or smart
-/// pointer of a registered type. Values are stored inline; the variant owns a string and a share of what a smart
-/// pointer holds, never what a plain pointer refers to. Not synchronised.
+/// pointer of a registered type. Values are stored inline; the variant owns a string and a share of what a
+/// smart pointer holds, never what a plain pointer refers to. Not synchronised.
 class VELL_API Variant
 {
 public:
@@ -96,8 +96,8 @@ public:
     /// The type of what is held; void's when nothing is.
     const MetaType& type() const noexcept;
 
-    /// The value of type @p T that is held, or that a held pointer of fitting constness refers to; null when there
-    /// is none.
+    /// The value of type @p T that is held, or that a held pointer of fitting constness refers to; null when
+    /// there is none.
     template <class T>
     const T* peek() const noexcept
     {
@@ -118,10 +118,10 @@ public:
 
     /// Casts to @p T and stores the result in @p out; false, with @p out untouched, when that fails.
     ///
-    /// Values come from a value of that type, else from a pointer to one, else from the conversion registered for
-    /// the type held. Integers of every width go through the 64-bit integer and must fit. Pointers come from any
-    /// held pointer or smart pointer to the same class that is no more const or volatile than @p T allows; null
-    /// pointers cast to null.
+    /// Values come from a value of that type, else from a pointer to one, else from the conversion registered
+    /// for the type held. Integers of every width go through the 64-bit integer and must fit. Pointers come
+    /// from any held pointer or smart pointer to the same class that is no more const or volatile than @p T
+    /// allows; null pointers cast to null.
     template <class T>
         requires std::same_as<T, bool> || VariantInteger<T> || std::same_as<T, std::string> || PointerLike<T>
     bool tryCast(T& out) const

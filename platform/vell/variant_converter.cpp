@@ -35,9 +35,11 @@ public:
     Convert find(const std::type_info& target, const std::type_info& source) const
     {
         const std::shared_lock lock(m_mutex);
-        const auto found = std::find_if(
-            m_converters.begin(), m_converters.end(), [&](const VariantConverter* converter)
-            { return *converter->m_targetType == target && *converter->m_sourceType == source; });
+        const auto found =
+            std::find_if(m_converters.begin(), m_converters.end(),
+                         [&](const VariantConverter* converter) {
+                             return *converter->m_targetType == target && *converter->m_sourceType == source;
+                         });
         return found == m_converters.end() ? nullptr : (*found)->m_convert;
     }
 

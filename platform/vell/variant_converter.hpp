@@ -15,8 +15,8 @@ class Variant;
 class VELL_API VariantConverter
 {
 public:
-    /// Writes what @p source holds into @p target, which holds a value of the target type; false when that value
-    /// has no counterpart.
+    /// Writes what @p source holds into @p target, which holds a value of the target type; false when that
+    /// value has no counterpart.
     using Convert = bool (*)(Variant& target, const Variant& source);
 
     VariantConverter(const std::type_info* targetType, const std::type_info* sourceType, Convert conversion);

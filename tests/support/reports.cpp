@@ -105,7 +105,8 @@ ExpectReports::ExpectReports(std::initializer_list<std::string> expected)
 {
 }
 
-ExpectReports::ExpectReports(std::vector<std::string> expected) : m_expected(std::move(expected)), m_outer(nullptr)
+ExpectReports::ExpectReports(std::vector<std::string> expected)
+    : m_expected(std::move(expected)), m_outer(nullptr)
 {
     ReportListener::instance().enter(*this);
 }

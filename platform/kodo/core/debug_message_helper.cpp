@@ -82,8 +82,8 @@ spdlog::level::level_enum levelOf(const DebugMessage& message)
 
 } // namespace
 
-/// The sinks in force. Made when the library is loaded, so that whatever reports while it is loaded or unloaded
-/// finds it.
+/// The sinks in force. Made when the library is loaded, so that whatever reports while it is loaded or
+/// unloaded finds it.
 class SinkRegistry
 {
 public:
@@ -106,7 +106,10 @@ public:
     }
 
     /// Whether a plain message of this priority would reach anyone.
-    bool wants(int priority) const noexcept { return priority >= m_leastPriority.load(std::memory_order_relaxed); }
+    bool wants(int priority) const noexcept
+    {
+        return priority >= m_leastPriority.load(std::memory_order_relaxed);
+    }
 
     void deliver(const DebugMessage& message)
     {

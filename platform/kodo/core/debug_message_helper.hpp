@@ -20,9 +20,10 @@ struct DebugMessage
     bool critical = false;
 };
 
-/// A receiver of messages, registered for as long as this object lives. Its calls never overlap, whichever threads
-/// report; it may report itself, and may remove itself from within a call. After removal it is not running in any
-/// thread and its callable is destroyed. It must not throw: what it throws is dropped, the message with it.
+/// A receiver of messages, registered for as long as this object lives. Its calls never overlap, whichever
+/// threads report; it may report itself, and may remove itself from within a call. After removal it is not
+/// running in any thread and its callable is destroyed. It must not throw: what it throws is dropped, the
+/// message with it.
 class KODO_API DebugMessageSink
 {
 public:
@@ -45,9 +46,9 @@ private:
     std::shared_ptr<Entry> m_entry;
 };
 
-/// The one channel for what users of the editor should know: runtime problems as messages, failed contracts as
-/// critical messages. While no sink is registered, messages go to standard error through spdlog. Ready before main,
-/// usable from every thread, and without an effect on the caller's control flow.
+/// The one channel for what users of the editor should know: runtime problems as messages, failed contracts
+/// as critical messages. While no sink is registered, messages go to standard error through spdlog. Ready
+/// before main, usable from every thread, and without an effect on the caller's control flow.
 class KODO_API DebugMessageHelper
 {
 public:
@@ -63,7 +64,8 @@ public:
 #if defined(__GNUC__)
     __attribute__((format(printf, 2, 3)))
 #endif
-    void criticalMessage(const char* format, ...) const noexcept;
+    void
+    criticalMessage(const char* format, ...) const noexcept;
 
 private:
     void deliver(std::string_view text, bool critical) const noexcept;

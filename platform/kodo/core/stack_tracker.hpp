@@ -22,8 +22,8 @@ public:
         std::string name;
         std::string file;
         int line = 0;
-        int depth = 0;            ///< recorded scopes of the same thread around this one
-        std::uint32_t thread = 0; ///< 1 for the first thread seen, and so on
+        int depth = 0;                    ///< recorded scopes of the same thread around this one
+        std::uint32_t thread = 0;         ///< 1 for the first thread seen, and so on
         std::chrono::nanoseconds start{}; ///< since recording began
         /// Until the scope was closed, or recording ended with the scope still open.
         std::chrono::nanoseconds duration{};
@@ -31,8 +31,8 @@ public:
 
     StackTracker() = delete;
 
-    /// Opens a scope on the calling thread. The texts are copied while recording: they may belong to a plug-in
-    /// that is unloaded before the record is read.
+    /// Opens a scope on the calling thread. The texts are copied while recording: they may belong to a
+    /// plug-in that is unloaded before the record is read.
     static void push(const char* name, const char* file, int line) noexcept;
     /// Closes the innermost scope of the calling thread. Without one, nothing happens.
     static void pop() noexcept;

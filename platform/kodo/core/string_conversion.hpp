@@ -8,8 +8,8 @@
 namespace Kodo
 {
 
-/// Converts wide text (UTF-16 or UTF-32, as wide as wchar_t is) to UTF-8. Each unit that is no character or part
-/// of one, such as a lone surrogate, becomes U+FFFD.
+/// Converts wide text (UTF-16 or UTF-32, as wide as wchar_t is) to UTF-8. Each unit that is no character or
+/// part of one, such as a lone surrogate, becomes U+FFFD.
 KODO_API std::string wideToUtf8(std::wstring_view text);
 
 /// Converts UTF-8 to wide text. Each malformed sequence becomes U+FFFD.
