@@ -28,7 +28,9 @@ else()
         -ffp-contract=off
         # GCC binds statics of inline functions process-wide (STB_GNU_UNIQUE), and one of them keeps a library
         # mapped for ever after dlclose.
-        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+        # GCC 12 sees overlapping copies in plain concatenations of strings.
+        $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
     find_program(TERN_LLD ld.lld)
     if(TERN_LLD AND NOT WIN32)
         target_link_options(tern_build_options INTERFACE -fuse-ld=lld)
