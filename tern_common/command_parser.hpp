@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// Parses one line of a command script: names separated by dots, the last one a command's, and its arguments.
@@ -26,8 +27,15 @@ public:
         PARSED
     };
 
+    /// Memory for what is parsed, to be handed from line to line.
+    struct Storage
+    {
+        std::vector<std::string> path;
+        std::vector<vell::Variant> args;
+    };
+
     /// The text of @p line is not copied and must outlive the parser.
-    explicit CommandParser(std::wstring_view line) noexcept;
+    explicit CommandParser(std::wstring_view line, Storage storage = Storage()) noexcept;
 
     bool eol() const noexcept { return m_cursor == m_end; }
     /// The character at the cursor, which is not at the end.
@@ -39,25 +47,26 @@ public:
     Result result() const noexcept { return m_result; }
     /// The names in order, as UTF-8; complete when the result is PARSED, and then not empty. May be moved
     /// from.
-    std::vector<std::string>& path() noexcept { return m_path; }
-    std::vector<vell::Variant>& args() noexcept { return m_args; }
+    std::vector<std::string>& path() noexcept { return m_storage.path; }
+    std::vector<vell::Variant>& args() noexcept { return m_storage.args; }
+
+    /// Gives the memory back; the parser is used up.
+    Storage takeStorage() noexcept { return std::move(m_storage); }
 
 private:
     void skipBlanks() noexcept;
     bool parsePath();
+    void takeName();
     bool parseArgumentList();
     bool parseArguments();
-    vell::Variant parseArgument();
-    vell::Variant parseConstant();
-    vell::Variant parseNumber();
-    vell::Variant parseString();
-
-    void reservePath();
-    void reserveArguments();
+    /// These append the argument; false when there is none.
+    bool parseArgument();
+    bool parseConstant();
+    bool parseNumber();
+    bool parseString();
 
     const wchar_t* m_cursor;
     const wchar_t* m_end;
-    std::vector<std::string> m_path;
-    std::vector<vell::Variant> m_args;
+    Storage m_storage;
     Result m_result = Result::EMPTY;
 };

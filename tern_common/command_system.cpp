@@ -7,6 +7,7 @@
 #include "tern_common/script_origins.hpp"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <cwctype>
@@ -18,31 +19,60 @@
 namespace
 {
 
-// ASCII is classified the same in every locale, so that scripts, which are nearly all ASCII, need no call for
-// it.
-constexpr wchar_t ASCII_END = 0x80;
+// What a character may do in a line; a character is of several classes.
+constexpr unsigned char BLANK = 1;
+constexpr unsigned char DIGIT = 2;
+constexpr unsigned char LETTER = 4;
+constexpr unsigned char NAME_START = 8;
+constexpr unsigned char NAME = 16;
 
-bool isBlank(wchar_t c)
+constexpr std::size_t ASCII_SIZE = 0x80;
+
+/// ASCII is classified the same in every locale, so that scripts, which are nearly all ASCII, need no call
+/// for it.
+constexpr std::array<unsigned char, ASCII_SIZE> ASCII_CLASSES = []
 {
-    return c < ASCII_END ? c == L' ' || c == L'\t' : std::iswblank(static_cast<std::wint_t>(c)) != 0;
+    std::array<unsigned char, ASCII_SIZE> classes{};
+    classes[' '] = classes['\t'] = BLANK;
+    classes['_'] = NAME_START | NAME;
+    for (std::size_t digit = '0'; digit <= '9'; ++digit)
+    {
+        classes[digit] = DIGIT | NAME;
+    }
+    for (std::size_t letter = 'A'; letter <= 'Z'; ++letter)
+    {
+        classes[letter] = classes[letter - 'A' + 'a'] = LETTER | NAME_START | NAME;
+    }
+    return classes;
+}();
+
+/// What the C library's wide classification says of a character beyond ASCII; decimal digits are ASCII alone.
+unsigned char classifyWide(wchar_t c)
+{
+    const auto wide = static_cast<std::wint_t>(c);
+    return static_cast<unsigned char>((std::iswblank(wide) != 0 ? BLANK : 0) |
+                                      (std::iswalpha(wide) != 0 ? LETTER | NAME_START : 0) |
+                                      (std::iswalnum(wide) != 0 ? NAME : 0));
 }
 
-/// What iswdigit says: decimal digits are these ten in every locale.
-bool isDigit(wchar_t c)
+bool isAscii(wchar_t c)
 {
-    return c >= L'0' && c <= L'9';
+    return static_cast<std::size_t>(c) < ASCII_SIZE;
 }
 
-bool isLetter(wchar_t c)
+bool isOf(unsigned char kind, wchar_t c)
 {
-    return c < ASCII_END ? (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z')
-                         : std::iswalpha(static_cast<std::wint_t>(c)) != 0;
+    return ((isAscii(c) ? ASCII_CLASSES[static_cast<std::size_t>(c)] : classifyWide(c)) & kind) != 0;
 }
 
-bool isNameCharacter(wchar_t c)
+/// The end of the run of characters of a class that starts at @p at.
+const wchar_t* endOfRun(unsigned char kind, const wchar_t* at, const wchar_t* end)
 {
-    return c < ASCII_END ? isLetter(c) || isDigit(c) || c == L'_'
-                         : std::iswalnum(static_cast<std::wint_t>(c)) != 0;
+    while (at != end && isOf(kind, *at))
+    {
+        ++at;
+    }
+    return at;
 }
 
 /// Reports a mistake in a script line and yields false.
@@ -60,20 +90,13 @@ std::wstring_view textBetween(const wchar_t* first, const wchar_t* last)
     return {first, static_cast<std::size_t>(last - first)};
 }
 
-/// Reserves room for what a look ahead counted. A garbled line may promise more than it holds: no more than a
-/// handful is believed.
-template <class T>
-void reserveCounted(std::vector<T>& items, std::ptrdiff_t count)
-{
-    constexpr std::ptrdiff_t BELIEVED = 16;
-    items.reserve(static_cast<std::size_t>(std::min(count, BELIEVED)));
-}
-
 } // namespace
 
-CommandParser::CommandParser(std::wstring_view line) noexcept
-    : m_cursor(line.data()), m_end(line.data() + line.size())
+CommandParser::CommandParser(std::wstring_view line, Storage storage) noexcept
+    : m_cursor(line.data()), m_end(line.data() + line.size()), m_storage(std::move(storage))
 {
+    m_storage.path.clear();
+    m_storage.args.clear();
 }
 
 void CommandParser::parse()
@@ -100,25 +123,22 @@ void CommandParser::parse()
 
 void CommandParser::skipBlanks() noexcept
 {
-    m_cursor = std::find_if_not(m_cursor, m_end, isBlank);
+    m_cursor = endOfRun(BLANK, m_cursor, m_end);
 }
 
 bool CommandParser::parsePath()
 {
-    reservePath();
     do
     {
         if (eol())
         {
             return syntaxError(END_OF_LINE);
         }
-        if (!isLetter(current()) && current() != L'_')
+        if (!isOf(NAME_START, current()))
         {
             return syntaxError(WRONG_CHARACTER);
         }
-        const wchar_t* const first = m_cursor;
-        m_cursor = std::find_if_not(m_cursor, m_end, isNameCharacter);
-        m_path.push_back(Kodo::wideToUtf8(textBetween(first, m_cursor)));
+        takeName();
         skipBlanks();
         if (eol() || current() != L'.')
         {
@@ -128,6 +148,26 @@ bool CommandParser::parsePath()
         skipBlanks();
     } while (!eol());
     return true; // a dot ends the line: the argument list misses its parenthesis and says so
+}
+
+void CommandParser::takeName()
+{
+    const wchar_t* const first = m_cursor;
+    bool ascii = true;
+    for (; !eol() && isOf(NAME, current()); ++m_cursor)
+    {
+        ascii &= isAscii(current());
+    }
+    const std::wstring_view name = textBetween(first, m_cursor);
+    if (ascii) // and nearly all names are: narrowed where they are stored, as a move right behind costs as
+               // much again
+    {
+        m_storage.path.emplace_back(name.begin(), name.end());
+    }
+    else
+    {
+        m_storage.path.push_back(Kodo::wideToUtf8(name));
+    }
 }
 
 bool CommandParser::parseArgumentList()
@@ -167,15 +207,12 @@ bool CommandParser::parseArgumentList()
 
 bool CommandParser::parseArguments()
 {
-    reserveArguments();
     do
     {
-        vell::Variant argument = parseArgument();
-        if (argument.isVoid())
+        if (!parseArgument())
         {
             return false;
         }
-        m_args.push_back(std::move(argument));
         skipBlanks();
         if (eol() || current() != L',')
         {
@@ -187,52 +224,47 @@ bool CommandParser::parseArguments()
     return true; // a comma ends the line: the list misses its parenthesis and says so
 }
 
-vell::Variant CommandParser::parseArgument()
+bool CommandParser::parseArgument()
 {
     if (eol())
     {
-        syntaxError(END_OF_LINE);
-        return {};
+        return syntaxError(END_OF_LINE);
     }
     if (current() == L'"')
     {
         return parseString();
     }
-    if (isDigit(current()))
+    if (isOf(DIGIT, current()))
     {
         return parseNumber();
     }
-    if (isLetter(current()))
+    if (isOf(LETTER, current()))
     {
         return parseConstant();
     }
-    syntaxError(WRONG_CHARACTER);
-    return {};
+    return syntaxError(WRONG_CHARACTER);
 }
 
-vell::Variant CommandParser::parseConstant()
+bool CommandParser::parseConstant()
 {
-    TERN_COMMON_ASSERT_AS(!eol() && isLetter(current()), "!eol() && std::iswalpha(current())");
+    TERN_COMMON_ASSERT_AS(!eol() && isOf(LETTER, current()), "!eol() && std::iswalpha(current())");
     const wchar_t* const first = m_cursor;
-    m_cursor = std::find_if_not(m_cursor, m_end, isLetter);
+    m_cursor = endOfRun(LETTER, m_cursor, m_end);
     const std::wstring_view word = textBetween(first, m_cursor);
-    if (word == L"true")
+    const bool value = word == L"true";
+    if (!value && word != L"false")
     {
-        return true;
+        return syntaxError("Unknown named constant");
     }
-    if (word == L"false")
-    {
-        return false;
-    }
-    syntaxError("Unknown named constant");
-    return {};
+    m_storage.args.emplace_back(value);
+    return true;
 }
 
-vell::Variant CommandParser::parseNumber()
+bool CommandParser::parseNumber()
 {
-    TERN_COMMON_ASSERT_AS(!eol() && isDigit(current()), "!eol() && std::iswdigit(current())");
+    TERN_COMMON_ASSERT_AS(!eol() && isOf(DIGIT, current()), "!eol() && std::iswdigit(current())");
     std::int64_t value = 0;
-    for (; !eol() && isDigit(current()); ++m_cursor)
+    for (; !eol() && isOf(DIGIT, current()); ++m_cursor)
     {
         value = value * 10 + (current() - L'0');
         if (value > std::numeric_limits<std::int32_t>::max())
@@ -241,10 +273,11 @@ vell::Variant CommandParser::parseNumber()
             throw std::out_of_range("stoi argument out of range");
         }
     }
-    return value;
+    m_storage.args.emplace_back(value);
+    return true;
 }
 
-vell::Variant CommandParser::parseString()
+bool CommandParser::parseString()
 {
     TERN_COMMON_ASSERT(!eol() && current() == L'"');
     ++m_cursor;
@@ -252,28 +285,19 @@ vell::Variant CommandParser::parseString()
     m_cursor = std::find(m_cursor, m_end, L'"');
     if (eol())
     {
-        return {};
+        return false; // in silence
     }
-    const wchar_t* const last = m_cursor++;
-    return Kodo::wideToUtf8(textBetween(first, last));
-}
-
-void CommandParser::reservePath()
-{
-    const wchar_t* const list = std::find(m_cursor, m_end, L'(');
-    reserveCounted(m_path, std::count(m_cursor, list, L'.') + 1);
-}
-
-void CommandParser::reserveArguments()
-{
-    std::ptrdiff_t commas = 0;
-    bool quoted = false;
-    for (const wchar_t* at = m_cursor; at != m_end && (quoted || *at != L')'); ++at)
+    const std::wstring_view text = textBetween(first, m_cursor);
+    if (std::all_of(text.begin(), text.end(), isAscii))
     {
-        quoted ^= *at == L'"';
-        commas += static_cast<std::ptrdiff_t>(!quoted && *at == L',');
+        m_storage.args.emplace_back(std::in_place_type<std::string>, text.begin(), text.end());
     }
-    reserveCounted(m_args, commas + 1);
+    else
+    {
+        m_storage.args.emplace_back(Kodo::wideToUtf8(text));
+    }
+    ++m_cursor;
+    return true;
 }
 
 /// The root of a command system's tree, with the state of its built-in wait.
@@ -330,19 +354,17 @@ CommandObject& CommandSystem::rootObject() noexcept
     return *m_root;
 }
 
-CommandSystem::QueuedCommand CommandSystem::takeCommand(CommandParser& parser)
+void CommandSystem::takeCommand(CommandParser& parser, QueuedCommand& command)
 {
     TERN_COMMON_ASSERT(parser.result() == CommandParser::Result::PARSED);
     std::vector<std::string>& path = parser.path();
     TERN_COMMON_ASSERT(!path.empty());
 
-    // Vectors of just the size needed: they may wait in the queue for long, and there may be many.
-    QueuedCommand command;
-    command.args = std::move(parser.args());
-    command.args.shrink_to_fit();
-    command.path.assign(std::move_iterator(path.begin()), std::move_iterator(path.end() - 1));
+    // Moved into vectors of just the size needed: they may wait in the queue for long, and there may be many.
+    command.args.assign(std::move_iterator(parser.args().begin()), std::move_iterator(parser.args().end()));
     command.name = std::move(path.back());
-    return command;
+    path.pop_back();
+    command.path.assign(std::move_iterator(path.begin()), std::move_iterator(path.end()));
 }
 
 void CommandSystem::parseScriptFile(const std::wstring& path)
@@ -351,21 +373,22 @@ void CommandSystem::parseScriptFile(const std::wstring& path)
     m_parsed = {std::make_shared<const std::wstring>(path), 0};
     std::deque<QueuedCommand> commands;
     ScriptOrigins origins;
+    CommandParser::Storage storage;
     while (file.readLine())
     {
         ++m_parsed.second;
-        CommandParser parser(file.line());
+        CommandParser parser(file.line(), std::move(storage));
         parser.parse();
-        if (parser.result() == CommandParser::Result::EMPTY)
-        {
-            continue;
-        }
         if (parser.result() == CommandParser::Result::FAILED)
         {
             return;
         }
-        commands.push_back(takeCommand(parser));
-        origins.push(m_parsed.first, m_parsed.second);
+        if (parser.result() != CommandParser::Result::EMPTY)
+        {
+            takeCommand(parser, commands.emplace_back());
+            origins.push(m_parsed.first, m_parsed.second);
+        }
+        storage = parser.takeStorage();
     }
     if (m_queue.empty())
     {

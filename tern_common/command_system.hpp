@@ -75,7 +75,7 @@ private:
 
     using Origin = std::pair<std::shared_ptr<const std::wstring>, std::size_t>;
 
-    static QueuedCommand takeCommand(CommandParser& parser);
+    static void takeCommand(CommandParser& parser, QueuedCommand& command);
     void start(const QueuedCommand& queued);
     static ScriptLine toScriptLine(const Origin& origin);
 

@@ -86,6 +86,13 @@ public:
     }
     Variant(std::string value) noexcept : m_value(std::move(value)) {}
     Variant(const char* value) : m_value(std::string(value)) {}
+    /// A string made of @p arguments where it is stored.
+    template <class... Args>
+        requires std::constructible_from<std::string, Args...>
+    explicit Variant(std::in_place_type_t<std::string> type, Args&&... arguments)
+        : m_value(type, std::forward<Args>(arguments)...)
+    {
+    }
     template <PointerLike T>
     Variant(T pointer) : m_value(Detail::PointerValue(std::move(pointer)))
     {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <type_traits>
 
 namespace Kodo
 {
@@ -36,19 +37,17 @@ std::basic_string<To> convert(std::basic_string_view<From> text)
     return result;
 }
 
+bool isAscii(wchar_t character)
+{
+    return static_cast<std::make_unsigned_t<wchar_t>>(character) < 0x80;
+}
+
 } // namespace
 
 std::string wideToUtf8(std::wstring_view text)
 {
-    const auto isAscii = [](wchar_t character) { return character >= 0 && character < 0x80; };
-    if (std::all_of(text.begin(), text.end(), isAscii))
-    {
-        std::string result(text.size(), '\0');
-        std::transform(text.begin(), text.end(), result.begin(),
-                       [](wchar_t character) { return static_cast<char>(character); });
-        return result;
-    }
-    return convert<char>(text);
+    return std::all_of(text.begin(), text.end(), isAscii) ? std::string(text.begin(), text.end())
+                                                          : convert<char>(text);
 }
 
 std::wstring utf8ToWide(std::string_view text)
