@@ -4,6 +4,7 @@
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
+set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
@@ -24,6 +25,8 @@ else()
     target_compile_options(tern_build_options INTERFACE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2
+        # Reports and profiles name files by their path in the tree, wherever it was built.
+        -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
         # Results of floating-point expressions are promised to the bit: no fused multiply-add.
         -ffp-contract=off
         # GCC binds statics of inline functions process-wide (STB_GNU_UNIQUE), and one of them keeps a library

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// What the command line asks for.
+struct EditorOptions
+{
+    bool help = false;
+    bool headless = false;
+    std::optional<std::filesystem::path> level;
+    std::vector<std::filesystem::path> scripts;
+    std::optional<std::filesystem::path> save;
+    std::optional<std::filesystem::path> trace;
+    std::uint64_t maxTicks = 1000000;
+};
+
+/// A command line that does not make sense; the text says why.
+class CommandLineError : public std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+/// Throws CommandLineError.
+EditorOptions parseCommandLine(int argc, const char* const* argv);
+
+/// What `--help` prints.
+std::string helpText();

@@ -1,0 +1,245 @@
+#include "editor/app/headless_session.hpp"
+
+#include "editor/files/file_error.hpp"
+#include "editor/level/level_file.hpp"
+#include "kodo/core/main_thread_tracker.hpp"
+#include "kodo/core/stack_tracker.hpp"
+#include "kodo/core/string_conversion.hpp"
+
+#include <fstream>
+#include <ostream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// "1 curve", "2 curves".
+std::string count(std::size_t number, const std::string& noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+std::string describe(const LevelData& level)
+{
+    std::size_t points = 0;
+    for (const Curve& curve : level.curves)
+    {
+        points += curve.points.size();
+    }
+    return count(level.curves.size(), "curve") + " with " + count(points, "point") + ", " +
+           count(level.items.size(), "item");
+}
+
+/// A report on one line: "ASSERTION FAILED: object (command_system.cpp(312))".
+std::string onOneLine(std::string_view report)
+{
+    std::string text(report);
+    while (text.ends_with('\n') || text.ends_with('\r'))
+    {
+        text.pop_back();
+    }
+    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
+    {
+        text.replace(at, 2, " at ");
+    }
+    return text;
+}
+
+} // namespace
+
+HeadlessSession::HeadlessSession(const EditorOptions& options, std::ostream& out, std::ostream& errors)
+    : m_options(options), m_out(out), m_errors(errors), m_commands(m_system.rootObject(), m_level),
+      m_logCommands(m_system.rootObject(),
+                    [this](const std::string& text) { m_out << "info: " << text << '\n'; }),
+      m_sink([this](const Kodo::DebugMessage& message) { receive(message); })
+{
+}
+
+int HeadlessSession::run()
+{
+    if (m_options.trace)
+    {
+        Kodo::StackTracker::startRecording();
+    }
+    if (openLevel())
+    {
+        queueScripts();
+        tickUntilDone();
+        saveLevel();
+        summarize();
+    }
+    if (m_options.trace)
+    {
+        std::ostringstream trace;
+        Kodo::StackTracker::writeChromeTrace(trace, Kodo::StackTracker::stopRecording());
+        std::ofstream file(*m_options.trace, std::ios::binary);
+        if (!(file << trace.str()).flush())
+        {
+            complain(displayName(*m_options.trace) + ": the trace cannot be written");
+        }
+    }
+    return m_complaints == 0 ? 0 : 1;
+}
+
+bool HeadlessSession::openLevel()
+{
+    KODO_PROFILE_SCOPE("HeadlessSession::openLevel");
+    try
+    {
+        m_level.replace(readLevelFile(*m_options.level));
+    }
+    catch (const FileError& error)
+    {
+        complain(error.what());
+        return false;
+    }
+    m_out << displayName(*m_options.level) << ": " << describe(m_level.data()) << '\n';
+    return true;
+}
+
+void HeadlessSession::queueScripts()
+{
+    KODO_PROFILE_SCOPE("HeadlessSession::queueScripts");
+    for (const fs::path& script : m_options.scripts)
+    {
+        queueScript(script);
+    }
+}
+
+void HeadlessSession::queueScript(const fs::path& script)
+{
+    const std::wstring wideName = Kodo::utf8ToWide(displayName(script));
+    try
+    {
+        m_scripts.add(script);
+        if (Kodo::wideToUtf8(wideName) != displayName(script))
+        {
+            throw FileError(script, "the name of a script must be UTF-8");
+        }
+    }
+    catch (const FileError& error)
+    {
+        complain(error.what());
+        return;
+    }
+    const std::size_t queuedBefore = m_system.queuedCommandCount();
+    const std::size_t complaintsBefore = m_complaints;
+    m_parsing = true;
+    try
+    {
+        m_system.parseScriptFile(wideName);
+    }
+    catch (const std::exception& error)
+    {
+        complain(m_scripts.describe(m_system.parsedLine()) + ": " + error.what());
+    }
+    m_parsing = false;
+    const std::size_t queued = m_system.queuedCommandCount() - queuedBefore;
+    m_queued += queued;
+    m_notAnnounced = m_system.queuedCommandCount();
+    if (queued == 0 && m_complaints == complaintsBefore && m_scripts.holdsCommand(m_system.parsedLine()))
+    {
+        // The parser drops a script with such a line in silence.
+        complain(m_scripts.describe(m_system.parsedLine()) + ": a text without its closing quote");
+    }
+    m_out << displayName(script) << ": "
+          << (m_complaints == complaintsBefore ? count(queued, "command") : "not run: a line is wrong")
+          << '\n';
+}
+
+void HeadlessSession::tickUntilDone()
+{
+    while (!m_system.isIdle() && m_ticks < m_options.maxTicks)
+    {
+        tick();
+    }
+    if (!m_system.isIdle())
+    {
+        const std::string where =
+            m_started == 0 ? "before the first command" : m_scripts.describe(m_system.startedLine());
+        complain("gave up after " + count(m_ticks, "tick") + " at " + where + " (" +
+                 count(m_system.queuedCommandCount(), "command") + " not started)");
+    }
+}
+
+void HeadlessSession::tick()
+{
+    KODO_PROFILE_SCOPE("HeadlessSession::tick");
+    m_foreignReports.drain();
+    ++m_ticks;
+    try
+    {
+        m_system.tick();
+    }
+    catch (const std::exception& error)
+    {
+        announce();
+        complain(m_scripts.describe(m_system.startedLine()) + ": " + error.what());
+    }
+    catch (...)
+    {
+        announce();
+        complain(m_scripts.describe(m_system.startedLine()) + ": an exception of unknown type");
+    }
+    announce();
+}
+
+void HeadlessSession::announce()
+{
+    if (m_system.queuedCommandCount() < m_notAnnounced)
+    {
+        ++m_started;
+        m_out << "tick " << m_ticks << ": " << m_scripts.describe(m_system.startedLine()) << '\n';
+    }
+    m_notAnnounced = m_system.queuedCommandCount();
+}
+
+void HeadlessSession::saveLevel()
+{
+    if (!m_options.save)
+    {
+        return;
+    }
+    KODO_PROFILE_SCOPE("HeadlessSession::saveLevel");
+    try
+    {
+        writeLevelFile(*m_options.save, m_commands.level().data());
+        m_out << displayName(*m_options.save) << ": saved\n";
+    }
+    catch (const FileError& error)
+    {
+        complain(error.what());
+    }
+}
+
+void HeadlessSession::summarize()
+{
+    m_foreignReports.drain();
+    m_out << "done: " << m_started << " of " << count(m_queued, "command") << " started in "
+          << count(m_ticks, "tick") << ", " << count(m_complaints, "report") << "; "
+          << describe(m_commands.level().data()) << '\n';
+}
+
+void HeadlessSession::receive(const Kodo::DebugMessage& message)
+{
+    if (!Kodo::MainThreadTracker::isCurrentThreadMain())
+    {
+        m_foreignReports.post([this, text = onOneLine(message.text)] { complain(text); });
+        return;
+    }
+    if (!m_parsing)
+    {
+        announce();
+    }
+    const ScriptLine line = m_parsing ? m_system.parsedLine() : m_system.startedLine();
+    complain((line.line == 0 ? std::string() : m_scripts.describe(line) + ": ") + onOneLine(message.text));
+}
+
+void HeadlessSession::complain(const std::string& text)
+{
+    ++m_complaints;
+    m_out.flush(); // so that both streams read in order where they end in one place
+    m_errors << "error: " << text << '\n';
+}

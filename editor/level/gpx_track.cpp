@@ -1,0 +1,135 @@
+#include "editor/level/gpx_track.hpp"
+
+#include "editor/files/file_error.hpp"
+
+#include <pugixml.hpp>
+
+#include <charconv>
+#include <cmath>
+#include <numbers>
+#include <string>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// A point on the Earth: degrees and metres.
+struct GeoPoint
+{
+    double latitude = 0;
+    double longitude = 0;
+    double elevation = 0;
+};
+
+class GpxReader
+{
+public:
+    GpxReader(std::string_view text, const fs::path& file) : m_text(text), m_file(file) {}
+
+    std::vector<GeoPoint> read() const
+    {
+        pugi::xml_document document;
+        const pugi::xml_parse_result result = document.load_buffer(m_text.data(), m_text.size());
+        if (!result)
+        {
+            fail(static_cast<std::size_t>(result.offset), std::string("not XML: ") + result.description());
+        }
+        const pugi::xml_node gpx = document.child("gpx");
+        if (!gpx)
+        {
+            fail(document.document_element().offset_debug(), "no GPX: the root element is not \"gpx\"");
+        }
+        std::vector<GeoPoint> points;
+        for (const pugi::xml_node track : gpx.children("trk"))
+        {
+            for (const pugi::xml_node segment : track.children("trkseg"))
+            {
+                for (const pugi::xml_node point : segment.children("trkpt"))
+                {
+                    points.push_back(readPoint(point));
+                }
+            }
+        }
+        if (points.empty())
+        {
+            fail(gpx.offset_debug(), "the file has no track point");
+        }
+        return points;
+    }
+
+private:
+    [[noreturn]] void fail(std::ptrdiff_t offset, const std::string& text) const
+    {
+        fail(static_cast<std::size_t>(offset < 0 ? 0 : offset), text);
+    }
+    [[noreturn]] void fail(std::size_t offset, const std::string& text) const
+    {
+        throw FileError(m_file, positionAt(m_text, offset), text);
+    }
+
+    double readNumber(const pugi::xml_node& node, std::string_view text, const char* what, double limit) const
+    {
+        while (!text.empty() && std::string_view(" \t\r\n").find(text.front()) != std::string_view::npos)
+        {
+            text.remove_prefix(1);
+        }
+        while (!text.empty() && std::string_view(" \t\r\n").find(text.back()) != std::string_view::npos)
+        {
+            text.remove_suffix(1);
+        }
+        double value = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+        if (error != std::errc() || end != text.data() + text.size() || !(std::abs(value) <= limit))
+        {
+            fail(node.offset_debug(),
+                 std::string("a track point's ") + what + " is wrong: \"" + std::string(text) + "\"");
+        }
+        return value;
+    }
+
+    GeoPoint readPoint(const pugi::xml_node& node) const
+    {
+        constexpr double HIGHEST = 1e6;
+        GeoPoint point;
+        point.latitude = readNumber(node, node.attribute("lat").value(), "latitude", 90);
+        point.longitude = readNumber(node, node.attribute("lon").value(), "longitude", 180);
+        if (const pugi::xml_node elevation = node.child("ele"))
+        {
+            point.elevation = readNumber(node, elevation.child_value(), "elevation", HIGHEST);
+        }
+        return point;
+    }
+
+    std::string_view m_text;
+    const fs::path& m_file;
+};
+
+Position project(const GeoPoint& point, const GeoPoint& origin)
+{
+    constexpr double EARTH_RADIUS = 6371008.8;
+    constexpr double RADIANS = std::numbers::pi / 180;
+    double eastward = point.longitude - origin.longitude;
+    eastward -= 360 * std::round(eastward / 360); // a track may cross the date line
+    return {EARTH_RADIUS * eastward * RADIANS * std::cos(origin.latitude * RADIANS),
+            point.elevation - origin.elevation, EARTH_RADIUS * (point.latitude - origin.latitude) * RADIANS};
+}
+
+} // namespace
+
+std::vector<Position> readGpxTrack(const fs::path& file)
+{
+    return parseGpxTrack(readWholeFile(file), file);
+}
+
+std::vector<Position> parseGpxTrack(std::string_view text, const fs::path& file)
+{
+    const std::vector<GeoPoint> track = GpxReader(text, file).read();
+    std::vector<Position> positions;
+    positions.reserve(track.size());
+    for (const GeoPoint& point : track)
+    {
+        positions.push_back(project(point, track.front()));
+    }
+    return positions;
+}
