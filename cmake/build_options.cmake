@@ -48,4 +48,9 @@ if(TERN_COMMON_SANITIZERS)
     target_link_options(tern_build_options INTERFACE -fsanitize=${TERN_COMMON_SANITIZERS})
 endif()
 
+option(TERN_COMMON_LIBFUZZER "Build the fuzz targets as libFuzzer programs (Clang)" OFF)
+if(TERN_COMMON_LIBFUZZER)
+    target_compile_options(tern_build_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 find_package(Threads REQUIRED)

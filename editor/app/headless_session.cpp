@@ -51,8 +51,7 @@ std::string onOneLine(std::string_view report)
 
 HeadlessSession::HeadlessSession(const EditorOptions& options, std::ostream& out, std::ostream& errors)
     : m_options(options), m_out(out), m_errors(errors), m_commands(m_system.rootObject(), m_level),
-      m_logCommands(m_system.rootObject(),
-                    [this](const std::string& text) { m_out << "info: " << text << '\n'; }),
+      m_logCommands(m_system.rootObject(), [this](const std::string& text) { sayInfo(text); }),
       m_sink([this](const Kodo::DebugMessage& message) { receive(message); })
 {
 }
@@ -184,6 +183,12 @@ void HeadlessSession::tick()
         complain(m_scripts.describe(m_system.startedLine()) + ": an exception of unknown type");
     }
     announce();
+}
+
+void HeadlessSession::sayInfo(const std::string& text)
+{
+    announce();
+    m_out << "info: " << text << '\n';
 }
 
 void HeadlessSession::announce()

@@ -29,6 +29,7 @@ private:
     void queueScript(const std::filesystem::path& script);
     void tickUntilDone();
     void tick();
+    void sayInfo(const std::string& text);
     /// Says which command was started, once, before anything that it leads to is said.
     void announce();
     void saveLevel();
