@@ -46,6 +46,8 @@ if(TERN_COMMON_SANITIZERS)
     target_compile_options(tern_build_options INTERFACE
         -fsanitize=${TERN_COMMON_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(tern_build_options INTERFACE -fsanitize=${TERN_COMMON_SANITIZERS})
+    # What a program that is linked against a sanitized build needs.
+    set(TERN_COMMON_CONSUMER_FLAGS -fsanitize=${TERN_COMMON_SANITIZERS})
 endif()
 
 option(TERN_COMMON_LIBFUZZER "Build the fuzz targets as libFuzzer programs (Clang)" OFF)

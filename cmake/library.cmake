@@ -22,6 +22,7 @@ function(tern_add_library name)
     tern_library_options(${target} BUILDING ${arg_BUILDING})
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${name}
+        INSTALL_RPATH "$ORIGIN" # the libraries stand side by side, wherever that is
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
     target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${arg_INCLUDE_ROOT} FILES ${arg_HEADERS})

@@ -1,0 +1,89 @@
+#include "editor/files/atomic_file.hpp"
+
+#include "editor/files/file_error.hpp"
+#include "tests/support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+std::size_t fileCount(const fs::path& directory)
+{
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
+}
+
+TEST(AtomicFileTest, ReplacesAFileAndLeavesNothingBeside)
+{
+    const TemporaryDirectory directory;
+    const fs::path file = directory.write("a", "before, and longer");
+    replaceFile(file, "after");
+    EXPECT_EQ(readFile(file), "after");
+    EXPECT_EQ(fileCount(directory.path()), 1U);
+}
+
+TEST(AtomicFileTest, MakesAFileThatWasNotThere)
+{
+    const TemporaryDirectory directory;
+    replaceFile(directory.path() / "new", std::string(3000000, 'x'));
+    EXPECT_EQ(readFile(directory.path() / "new"), std::string(3000000, 'x'));
+}
+
+TEST(AtomicFileTest, KeepsTheFilesPermissions)
+{
+    const TemporaryDirectory directory;
+    const fs::path file = directory.write("a", "before");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    replaceFile(file, "after");
+    EXPECT_EQ(fs::status(file).permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+}
+
+TEST(AtomicFileTest, WritesThroughASymbolicLink)
+{
+    const TemporaryDirectory directory;
+    const fs::path file = directory.write("real", "before");
+    fs::create_symlink("real", directory.path() / "link");
+    replaceFile(directory.path() / "link", "after");
+    EXPECT_TRUE(fs::is_symlink(directory.path() / "link"));
+    EXPECT_EQ(readFile(file), "after");
+}
+
+TEST(AtomicFileTest, RefusesWhatIsNoFile)
+{
+    const TemporaryDirectory directory;
+    EXPECT_THROW(replaceFile(directory.path(), "x"), FileError);
+    EXPECT_THROW(replaceFile(directory.path() / "absent" / "a", "x"), FileError);
+    EXPECT_THROW(replaceFile("", "x"), FileError);
+}
+
+#if !defined(_WIN32)
+TEST(AtomicFileTest, AFullDiskLeavesTheOldFile)
+{
+    const TemporaryDirectory directory;
+    const fs::path file = directory.write("a", "before");
+    rlimit limit = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit small = {1000, limit.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(replaceFile(file, std::string(5000, 'x')), FileError);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(readFile(file), "before");
+    EXPECT_EQ(fileCount(directory.path()), 1U);
+}
+#endif
+
+} // namespace
