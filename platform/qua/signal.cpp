@@ -2,7 +2,9 @@
 
 #include <boost/signals2/signal.hpp>
 
+#include <atomic>
 #include <mutex>
+#include <utility>
 
 namespace qua
 {
@@ -15,32 +17,31 @@ namespace Detail
 class Slot
 {
 public:
-    explicit Slot(std::function<void(const void*)> function) : m_function(std::move(function)) {}
+    using Function = std::function<void(const void*)>;
+
+    explicit Slot(Function function) : m_function(std::move(function)) {}
 
     void setLink(boost::signals2::connection link) { m_link = std::move(link); }
 
-    bool connected() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return !m_cut && m_link.connected();
-    }
+    /// Takes no lock: the answer does not wait for a call that runs.
+    bool connected() const { return !m_cut && m_link.connected(); }
 
     void call(const void* arguments)
     {
+        Function released; // destroyed unlocked: what it captured may cut further slots
         const std::lock_guard lock(m_mutex);
         if (m_cut)
         {
             return;
         }
-        const Running running(*this);
+        const Running running(*this, released);
         m_function(arguments);
     }
 
     void cut()
     {
         m_link.disconnect();
-        std::function<void(const void*)>
-            released; // destroyed unlocked: what it captured may cut further slots
+        Function released; // destroyed unlocked, as above
         const std::lock_guard lock(m_mutex);
         m_cut = true;
         if (m_depth == 0)
@@ -50,31 +51,32 @@ public:
     }
 
 private:
-    /// A callable must not be destroyed while it runs: the outermost call releases one that was cut
-    /// meanwhile.
+    /// A callable must not be destroyed while it runs: the outermost call hands one that was cut meanwhile
+    /// to whoever releases it.
     class Running
     {
     public:
-        explicit Running(Slot& slot) : m_slot(slot) { ++m_slot.m_depth; }
+        Running(Slot& slot, Function& released) : m_slot(slot), m_released(released) { ++m_slot.m_depth; }
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
         ~Running()
         {
             if (--m_slot.m_depth == 0 && m_slot.m_cut)
             {
-                std::function<void(const void*)>().swap(m_slot.m_function);
+                m_released.swap(m_slot.m_function);
             }
         }
 
     private:
         Slot& m_slot;
+        Function& m_released;
     };
 
-    mutable std::recursive_mutex m_mutex;
-    std::function<void(const void*)> m_function;
-    boost::signals2::connection m_link;
+    std::recursive_mutex m_mutex; ///< held while the callable runs
+    Function m_function;
+    boost::signals2::connection m_link; ///< set before anyone but the signal knows this slot
     int m_depth = 0;
-    bool m_cut = false;
+    std::atomic<bool> m_cut = false;
 };
 
 } // namespace Detail

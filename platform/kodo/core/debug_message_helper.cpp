@@ -9,8 +9,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Kodo
@@ -129,6 +131,7 @@ private:
         : m_entries(std::make_shared<const Entries>()),
           m_fallback("tern", std::make_shared<spdlog::sinks::stderr_sink_mt>())
     {
+        m_fallback.set_level(spdlog::level::trace); // what is of interest is the sinks' to say
     }
 
     std::shared_ptr<const Entries> current() const
