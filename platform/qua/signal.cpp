@@ -2,9 +2,13 @@
 
 #include <boost/signals2/signal.hpp>
 
+#include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace qua
 {
@@ -14,6 +18,9 @@ namespace Detail
 
 /// One connected callable. Signals2 holds it for as long as the signal may call it; connections only refer to
 /// it, so that nothing of the callable survives the signal.
+///
+/// No lock is held while the callable runs: slots that emit into each other from several threads would wait
+/// for each other for ever. Whoever cuts the slot waits for the calls of other threads instead.
 class Slot
 {
 public:
@@ -23,59 +30,77 @@ public:
 
     void setLink(boost::signals2::connection link) { m_link = std::move(link); }
 
-    /// Takes no lock: the answer does not wait for a call that runs.
     bool connected() const { return !m_cut && m_link.connected(); }
 
     void call(const void* arguments)
     {
-        Function released; // destroyed unlocked: what it captured may cut further slots
-        const std::lock_guard lock(m_mutex);
-        if (m_cut)
+        if (begin())
         {
-            return;
+            const Running running(*this);
+            m_function(arguments);
         }
-        const Running running(*this, released);
-        m_function(arguments);
     }
 
     void cut()
     {
         m_link.disconnect();
-        Function released; // destroyed unlocked, as above
-        const std::lock_guard lock(m_mutex);
+        Function released; // destroyed unlocked: what it captured may cut further slots
+        std::unique_lock lock(m_mutex);
         m_cut = true;
-        if (m_depth == 0)
+        m_returned.wait(lock, [this] { return onlyCalledHere(); });
+        if (m_callers.empty()) // a callable must not be destroyed while it runs: else its call releases it
         {
             released.swap(m_function);
         }
     }
 
 private:
-    /// A callable must not be destroyed while it runs: the outermost call hands one that was cut meanwhile
-    /// to whoever releases it.
+    /// A call, from its beginning to its end. The last to end releases a callable that was cut meanwhile.
     class Running
     {
     public:
-        Running(Slot& slot, Function& released) : m_slot(slot), m_released(released) { ++m_slot.m_depth; }
+        explicit Running(Slot& slot) : m_slot(slot) {}
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
-        ~Running()
-        {
-            if (--m_slot.m_depth == 0 && m_slot.m_cut)
-            {
-                m_released.swap(m_slot.m_function);
-            }
-        }
+        ~Running() { m_slot.end(); }
 
     private:
         Slot& m_slot;
-        Function& m_released;
     };
 
-    std::recursive_mutex m_mutex; ///< held while the callable runs
-    Function m_function;
-    boost::signals2::connection m_link; ///< set before anyone but the signal knows this slot
-    int m_depth = 0;
+    bool begin()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_cut)
+        {
+            m_callers.push_back(std::this_thread::get_id());
+        }
+        return !m_cut;
+    }
+
+    void end()
+    {
+        Function released;
+        const std::lock_guard lock(m_mutex);
+        m_callers.erase(std::find(m_callers.begin(), m_callers.end(), std::this_thread::get_id()));
+        if (m_cut && m_callers.empty())
+        {
+            released.swap(m_function);
+        }
+        m_returned.notify_all();
+    }
+
+    bool onlyCalledHere() const
+    {
+        return std::all_of(m_callers.begin(), m_callers.end(),
+                           [](std::thread::id caller) { return caller == std::this_thread::get_id(); });
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_returned;
+    std::vector<std::thread::id> m_callers; ///< one for each call that runs
+    Function m_function;                    ///< constant while a call runs
+    boost::signals2::connection m_link;     ///< set before anyone but the signal knows this slot
     std::atomic<bool> m_cut = false;
 };
 

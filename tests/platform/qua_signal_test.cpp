@@ -143,8 +143,12 @@ TEST(SignalTest, WhatASlotThatCutItselfReleasesMayUseTheSignal)
 {
     struct EmitsWhenReleased
     {
-        qua::Signal<void()>& signal;
+        explicit EmitsWhenReleased(qua::Signal<void()>& emitted) : signal(emitted) {}
+        EmitsWhenReleased(const EmitsWhenReleased&) = delete;
+        EmitsWhenReleased& operator=(const EmitsWhenReleased&) = delete;
         ~EmitsWhenReleased() { signal(); }
+
+        qua::Signal<void()>& signal;
     };
     qua::Signal<void()> signal;
     qua::Connection connection;

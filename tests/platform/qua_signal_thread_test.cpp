@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <future>
 #include <memory>
@@ -57,31 +58,57 @@ TEST(SignalThreadTest, ConnectingEmittingAndCuttingAreSafeAgainstEachOther)
     EXPECT_EQ(signal.slotCount(), 0U);
 }
 
-TEST(SignalThreadTest, CallsOfOneSlotNeverOverlap)
+TEST(SignalThreadTest, SlotsThatEmitIntoEachOtherInTwoThreadsDoNotWaitForEachOther)
 {
-    qua::Signal<void()> signal;
-    std::atomic<int> inside = 0;
-    int calls = 0; // no atomic: the promise is what keeps it whole
-    const qua::Connection connection = signal.connect(
-        [&]
-        {
-            EXPECT_EQ(inside.fetch_add(1), 0);
-            ++calls;
-            inside.fetch_sub(1);
-        });
-    const auto emit = [&]
+    qua::Signal<void(bool)> first;
+    qua::Signal<void(bool)> second;
+    std::barrier bothAreInside(2);
+    std::atomic<int> nestedCalls = 0;
+    const auto emitInto = [&](const qua::Signal<void(bool)>& other)
     {
-        for (int round = 0; round < ROUNDS; ++round)
+        return [&](bool nested)
         {
-            signal();
-        }
+            if (nested)
+            {
+                ++nestedCalls;
+                return;
+            }
+            bothAreInside.arrive_and_wait();
+            other(true);
+        };
     };
+    const qua::Connection inFirst = first.connect(emitInto(second));
+    const qua::Connection inSecond = second.connect(emitInto(first));
 
-    std::thread other(emit);
-    emit();
+    std::thread thread([&] { first(false); });
+    second(false);
+    thread.join();
+
+    EXPECT_EQ(nestedCalls, 2);
+}
+
+TEST(SignalThreadTest, OneThreadMayCutASlotThatItRunsWhileAnotherRunsItToo)
+{
+    qua::Signal<void(bool)> signal;
+    qua::Connection connection;
+    auto captured = std::make_shared<std::atomic<int>>(0);
+    std::barrier bothAreInside(2);
+    connection = signal.connect(
+        [&connection, &bothAreInside, captured](bool cuts)
+        {
+            bothAreInside.arrive_and_wait();
+            if (cuts)
+            {
+                connection.disconnect();
+            }
+            ++*captured;
+        });
+
+    std::thread other([&] { signal(false); });
+    signal(true);
+    EXPECT_EQ(*captured, 2);
+    EXPECT_EQ(captured.use_count(), 1);
     other.join();
-
-    EXPECT_EQ(calls, 2 * ROUNDS);
 }
 
 /// A slot that has been entered in another thread and stays there until it is let go.
