@@ -208,6 +208,36 @@ TEST_F(DebugMessageTest, ASinkMayReportItself)
     EXPECT_EQ(m_texts, (std::vector<std::string>{"text", "nested in text", "nested in nested in text"}));
 }
 
+TEST_F(DebugMessageTest, SinksThatReportInSeveralThreadsDoNotWaitForEachOther)
+{
+    constexpr int ROUNDS = 300;
+    int received = 0;
+    const auto answer = [&received](const DebugMessage& message)
+    {
+        ++received;
+        if (message.messagePriority == 5)
+        {
+            DebugMessageHelper(0, 6).message("an answer");
+        }
+    };
+    const DebugMessageSink first(answer);
+    const DebugMessageSink second(answer);
+    const auto report = []
+    {
+        for (int round = 0; round < ROUNDS; ++round)
+        {
+            DebugMessageHelper(0, 5).message("text");
+        }
+    };
+
+    std::thread other(report);
+    report();
+    other.join();
+
+    // Each message reaches both; each of the two answers it, and both hear each answer.
+    EXPECT_EQ(received, 2 * ROUNDS * (2 + 2 * 2));
+}
+
 TEST_F(DebugMessageTest, WhatASinkThrowsReachesNeitherTheCallerNorTheOtherSinks)
 {
     const DebugMessageSink thrower([](const DebugMessage&) { throw std::runtime_error("out of a sink"); });

@@ -18,6 +18,13 @@
 namespace Kodo
 {
 
+namespace
+{
+/// Held while a sink is called. One for all: with one for each, sinks that report themselves would wait for
+/// each other when two threads come to them in different order.
+std::recursive_mutex sinkCalls;
+} // namespace
+
 class DebugMessageSink::Entry
 {
 public:
@@ -30,7 +37,8 @@ public:
 
     void receive(const DebugMessage& message) noexcept
     {
-        const std::lock_guard lock(m_mutex);
+        Receiver released; // destroyed unlocked: it may wait for a thread that reports
+        const std::lock_guard lock(sinkCalls);
         if (m_removed || !m_receiver || (!message.critical && message.messagePriority < m_leastPriority))
         {
             return;
@@ -45,14 +53,14 @@ public:
         }
         if (--m_depth == 0 && m_removed)
         {
-            m_receiver = nullptr;
+            released.swap(m_receiver);
         }
     }
 
     void remove() noexcept
     {
         Receiver released;
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(sinkCalls);
         m_removed = true;
         if (m_depth == 0) // a callable that runs is released when its call returns
         {
@@ -61,7 +69,6 @@ public:
     }
 
 private:
-    std::recursive_mutex m_mutex;
     Receiver m_receiver;
     int m_leastPriority;
     int m_depth = 0;
