@@ -164,15 +164,15 @@ void appendMicroseconds(std::string& json, std::chrono::nanoseconds time)
 
 std::string eventOf(const StackTracker::ScopeRecord& scope)
 {
-    std::string json = "{\"ph\":\"X\",\"pid\":1,\"tid\":" + std::to_string(scope.thread) + ",\"name\":";
+    std::string json = R"({"ph":"X","pid":1,"tid":)" + std::to_string(scope.thread) + R"(,"name":)";
     appendJsonString(json, scope.name);
-    json += ",\"ts\":";
+    json += R"(,"ts":)";
     appendMicroseconds(json, scope.start);
-    json += ",\"dur\":";
+    json += R"(,"dur":)";
     appendMicroseconds(json, scope.duration);
-    json += ",\"args\":{\"file\":";
+    json += R"(,"args":{"file":)";
     appendJsonString(json, scope.file);
-    return json + ",\"line\":" + std::to_string(scope.line) + "}}";
+    return json + R"(,"line":)" + std::to_string(scope.line) + "}}";
 }
 
 /// Writes past the stream's format and locale: a grouped number is no JSON.
@@ -216,7 +216,7 @@ std::vector<StackTracker::ScopeRecord> StackTracker::stopRecording()
 
 void StackTracker::writeChromeTrace(std::ostream& out, const std::vector<ScopeRecord>& record)
 {
-    write(out, "{\"displayTimeUnit\":\"ns\",\"traceEvents\":[");
+    write(out, R"({"displayTimeUnit":"ns","traceEvents":[)");
     const char* separator = "\n";
     for (const ScopeRecord& scope : record)
     {
