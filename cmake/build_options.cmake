@@ -19,7 +19,9 @@ set(TERN_COMMON_SANITIZERS "" CACHE STRING "Sanitizers for every target, as in -
 add_library(tern_build_options INTERFACE)
 target_compile_features(tern_build_options INTERFACE cxx_std_20)
 if(MSVC)
-    target_compile_options(tern_build_options INTERFACE /W4 /permissive- /utf-8 /fp:precise)
+    target_compile_options(tern_build_options INTERFACE /W4 /permissive- /utf-8 /fp:precise
+        # Exported classes hold and derive from types of the standard library; all storeys are built with one runtime.
+        /wd4251 /wd4275)
     target_compile_definitions(tern_build_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
 else()
     target_compile_options(tern_build_options INTERFACE

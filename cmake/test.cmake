@@ -1,13 +1,15 @@
-# tern_add_test(name LABELS ... SOURCES ... [LIBS ...])
+# tern_add_test(name [BARE] LABELS ... SOURCES ... [LIBS ...])
 #
-# One GoogleTest program; ctest runs each of its cases under the given labels.
+# One GoogleTest program; ctest runs each of its cases under the given labels. A BARE one goes without the support
+# library, whose listener takes every report.
 function(tern_add_test name)
-    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "BARE" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE tern_build_options tern_test_support ${arg_LIBS})
+    set(support $<IF:$<BOOL:${arg_BARE}>,GTest::gtest_main,tern_test_support>)
+    target_link_libraries(${name} PRIVATE tern_build_options ${support} ${arg_LIBS})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${arg_TIMEOUT})
     # Labels are set when ctest reads the discovered tests: gtest_discover_tests keeps only the first of a list.

@@ -16,8 +16,9 @@ class Slot;
 /// releases the slot's callable at once; a slot that cuts its own connection is released when its call
 /// returns.
 ///
-/// A connection whose signal is gone is inert. disconnect() waits for a call of the slot that is running in
-/// another thread, so afterwards the slot's code may be unmapped.
+/// A connection whose signal is gone is inert. disconnect() waits for calls of the slot that are running in
+/// other threads, so afterwards the slot's code may be unmapped; slots that run in two threads must not cut
+/// each other. connected() never waits. A connection itself is not synchronised.
 class QUA_API Connection
 {
 public:

@@ -2,7 +2,13 @@
 
 #include <boost/signals2/signal.hpp>
 
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
 #include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace qua
 {
@@ -12,69 +18,90 @@ namespace Detail
 
 /// One connected callable. Signals2 holds it for as long as the signal may call it; connections only refer to
 /// it, so that nothing of the callable survives the signal.
+///
+/// No lock is held while the callable runs: slots that emit into each other from several threads would wait
+/// for each other for ever. Whoever cuts the slot waits for the calls of other threads instead.
 class Slot
 {
 public:
-    explicit Slot(std::function<void(const void*)> function) : m_function(std::move(function)) {}
+    using Function = std::function<void(const void*)>;
+
+    explicit Slot(Function function) : m_function(std::move(function)) {}
 
     void setLink(boost::signals2::connection link) { m_link = std::move(link); }
 
-    bool connected() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return !m_cut && m_link.connected();
-    }
+    bool connected() const { return !m_cut && m_link.connected(); }
 
     void call(const void* arguments)
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_cut)
+        if (begin())
         {
-            return;
+            const Running running(*this);
+            m_function(arguments);
         }
-        const Running running(*this);
-        m_function(arguments);
     }
 
     void cut()
     {
         m_link.disconnect();
-        std::function<void(const void*)>
-            released; // destroyed unlocked: what it captured may cut further slots
-        const std::lock_guard lock(m_mutex);
+        Function released; // destroyed unlocked: what it captured may cut further slots
+        std::unique_lock lock(m_mutex);
         m_cut = true;
-        if (m_depth == 0)
+        m_returned.wait(lock, [this] { return onlyCalledHere(); });
+        if (m_callers.empty()) // a callable must not be destroyed while it runs: else its call releases it
         {
             released.swap(m_function);
         }
     }
 
 private:
-    /// A callable must not be destroyed while it runs: the outermost call releases one that was cut
-    /// meanwhile.
+    /// A call, from its beginning to its end. The last to end releases a callable that was cut meanwhile.
     class Running
     {
     public:
-        explicit Running(Slot& slot) : m_slot(slot) { ++m_slot.m_depth; }
+        explicit Running(Slot& slot) : m_slot(slot) {}
         Running(const Running&) = delete;
         Running& operator=(const Running&) = delete;
-        ~Running()
-        {
-            if (--m_slot.m_depth == 0 && m_slot.m_cut)
-            {
-                std::function<void(const void*)>().swap(m_slot.m_function);
-            }
-        }
+        ~Running() { m_slot.end(); }
 
     private:
         Slot& m_slot;
     };
 
-    mutable std::recursive_mutex m_mutex;
-    std::function<void(const void*)> m_function;
-    boost::signals2::connection m_link;
-    int m_depth = 0;
-    bool m_cut = false;
+    bool begin()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_cut)
+        {
+            m_callers.push_back(std::this_thread::get_id());
+        }
+        return !m_cut;
+    }
+
+    void end()
+    {
+        Function released;
+        const std::lock_guard lock(m_mutex);
+        m_callers.erase(std::find(m_callers.begin(), m_callers.end(), std::this_thread::get_id()));
+        if (m_cut && m_callers.empty())
+        {
+            released.swap(m_function);
+        }
+        m_returned.notify_all();
+    }
+
+    bool onlyCalledHere() const
+    {
+        return std::all_of(m_callers.begin(), m_callers.end(),
+                           [](std::thread::id caller) { return caller == std::this_thread::get_id(); });
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_returned;
+    std::vector<std::thread::id> m_callers; ///< one for each call that runs
+    Function m_function;                    ///< constant while a call runs
+    boost::signals2::connection m_link;     ///< set before anyone but the signal knows this slot
+    std::atomic<bool> m_cut = false;
 };
 
 } // namespace Detail

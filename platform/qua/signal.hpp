@@ -40,8 +40,9 @@ private:
 template <class Signature>
 class Signal;
 
-/// A list of slots called in the order in which they were connected. Connecting and emitting are safe against
-/// each other from any thread; calls of one slot never overlap in different threads.
+/// A list of slots called in the order in which they were connected. Connecting, cutting and emitting are
+/// safe against each other from any thread. Slots run without a lock: where several threads emit, they may
+/// call one slot at the same time.
 ///
 /// During an emission a slot may cut its own connection or another one (a slot cut before its turn is not
 /// called), connect further slots (called from the next emission on), emit again, or destroy the signal (the

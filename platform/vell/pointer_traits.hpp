@@ -12,10 +12,15 @@ namespace vell
 template <class T>
 struct PointerTraits;
 
+namespace Detail
+{
 /// Pointers to char are text and stay out: a variant takes them as std::string.
 template <class T>
-    requires(std::is_object_v<T> || std::is_void_v<T>)
-&&(!std::same_as<std::remove_cv_t<T>, char>)struct PointerTraits<T*>
+concept PointerTarget = (std::is_object_v<T> || std::is_void_v<T>)&&!std::same_as<std::remove_cv_t<T>, char>;
+} // namespace Detail
+
+template <Detail::PointerTarget T>
+struct PointerTraits<T*>
 {
     using Target = T;
     static const volatile void* address(T* pointer) noexcept { return pointer; }

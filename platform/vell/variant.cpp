@@ -3,13 +3,17 @@
 namespace vell
 {
 
-VariantCastError::VariantCastError(std::string text) : m_text(std::move(text)) {}
-VariantCastError::VariantCastError(const VariantCastError&) = default;
+VariantCastError::VariantCastError(std::string text)
+    : m_text(std::make_shared<const std::string>(std::move(text)))
+{
+}
+VariantCastError::VariantCastError(const VariantCastError&) noexcept = default;
+VariantCastError& VariantCastError::operator=(const VariantCastError&) noexcept = default;
 VariantCastError::~VariantCastError() = default;
 
 const char* VariantCastError::what() const noexcept
 {
-    return m_text.c_str();
+    return m_text->c_str();
 }
 
 namespace Detail
@@ -47,6 +51,18 @@ PointerValue::~PointerValue()
 }
 
 } // namespace Detail
+
+Variant& Variant::operator=(const Variant& other)
+{
+    return *this = Variant(other);
+}
+
+Variant& Variant::operator=(Variant&& other) noexcept
+{
+    Variant taken(std::move(other));
+    m_value.swap(taken.m_value);
+    return *this;
+}
 
 const MetaType& Variant::type() const noexcept
 {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -23,13 +24,14 @@ class VELL_API VariantCastError : public std::bad_cast
 {
 public:
     explicit VariantCastError(std::string text);
-    VariantCastError(const VariantCastError&);
+    VariantCastError(const VariantCastError&) noexcept;
+    VariantCastError& operator=(const VariantCastError&) noexcept;
     ~VariantCastError() override;
 
     const char* what() const noexcept override;
 
 private:
-    std::string m_text;
+    std::shared_ptr<const std::string> m_text; ///< shared: copying an exception must not throw another one
 };
 
 /// The integer types a variant casts to: every one but bool and the character types.
@@ -78,6 +80,8 @@ class VELL_API Variant
 {
 public:
     Variant() noexcept = default;
+    Variant(const Variant&) = default;
+    Variant(Variant&&) noexcept = default;
     Variant(std::same_as<bool> auto value) noexcept : m_value(value) {}
     Variant(VariantInteger auto value) noexcept
         requires(std::in_range<std::int64_t>(std::numeric_limits<decltype(value)>::max()))
@@ -85,6 +89,7 @@ public:
     {
     }
     Variant(std::string value) noexcept : m_value(std::move(value)) {}
+    /// @p value must not be null.
     Variant(const char* value) : m_value(std::string(value)) {}
     /// A string made of @p arguments where it is stored.
     template <class... Args>
@@ -93,10 +98,16 @@ public:
         : m_value(type, std::forward<Args>(arguments)...)
     {
     }
+    Variant(std::nullptr_t) = delete; ///< a null pointer has a type: say which
     template <PointerLike T>
     Variant(T pointer) : m_value(Detail::PointerValue(std::move(pointer)))
     {
     }
+
+    /// Assignment takes the new value before it releases the old one, which may be what keeps @p other alive.
+    Variant& operator=(const Variant& other);
+    Variant& operator=(Variant&& other) noexcept;
+    ~Variant() = default;
 
     bool isVoid() const noexcept { return std::holds_alternative<std::monostate>(m_value); }
 

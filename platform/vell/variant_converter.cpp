@@ -4,13 +4,14 @@
 #include "vell/variant.hpp"
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
-#include <shared_mutex>
 #include <vector>
 
 namespace vell
 {
 
+/// The registered conversions, oldest first, and how many calls of each are running.
 class VariantConverter::Registry
 {
 public:
@@ -20,38 +21,71 @@ public:
         return registry;
     }
 
-    void add(const VariantConverter& converter)
+    void add(VariantConverter& converter)
     {
-        const std::unique_lock lock(m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_converters.push_back(&converter);
     }
 
-    void remove(const VariantConverter& converter)
+    void remove(VariantConverter& converter)
     {
-        const std::unique_lock lock(m_mutex);
+        std::unique_lock lock(m_mutex);
         std::erase(m_converters, &converter);
-    }
-
-    Convert find(const std::type_info& target, const std::type_info& source) const
-    {
-        const std::shared_lock lock(m_mutex);
-        const auto found =
-            std::find_if(m_converters.begin(), m_converters.end(),
-                         [&](const VariantConverter* converter) {
-                             return *converter->m_targetType == target && *converter->m_sourceType == source;
-                         });
-        return found == m_converters.end() ? nullptr : (*found)->m_convert;
+        m_returned.wait(lock, [&converter] { return converter.m_runningCalls == 0; });
     }
 
     std::size_t size() const
     {
-        const std::shared_lock lock(m_mutex);
+        const std::lock_guard lock(m_mutex);
         return m_converters.size();
     }
 
+    /// A call of the conversion for one pair. Its converter stays in place until the call is over; the lock
+    /// is not held meanwhile, so that a conversion may convert and register itself.
+    class Call
+    {
+    public:
+        Call(const std::type_info& target, const std::type_info& source)
+        {
+            const std::lock_guard lock(m_registry.m_mutex);
+            const auto& converters = m_registry.m_converters;
+            const auto found = std::find_if(converters.begin(), converters.end(),
+                                            [&](const VariantConverter* converter) {
+                                                return *converter->m_targetType == target &&
+                                                       *converter->m_sourceType == source;
+                                            });
+            if (found != converters.end())
+            {
+                m_converter = *found;
+                ++m_converter->m_runningCalls;
+            }
+        }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+        ~Call()
+        {
+            if (m_converter != nullptr)
+            {
+                const std::lock_guard lock(m_registry.m_mutex);
+                --m_converter->m_runningCalls;
+                m_registry.m_returned.notify_all();
+            }
+        }
+
+        bool run(Variant& target, const Variant& source) const
+        {
+            return m_converter != nullptr && m_converter->m_convert(target, source);
+        }
+
+    private:
+        Registry& m_registry = instance();
+        VariantConverter* m_converter = nullptr;
+    };
+
 private:
-    mutable std::shared_mutex m_mutex;
-    std::vector<const VariantConverter*> m_converters;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_returned;
+    std::vector<VariantConverter*> m_converters;
 };
 
 VariantConverter::VariantConverter(const std::type_info* targetType, const std::type_info* sourceType,
@@ -68,8 +102,7 @@ VariantConverter::~VariantConverter()
 
 bool VariantConverter::convert(Variant& target, const Variant& source)
 {
-    const Convert conversion = Registry::instance().find(target.type().type(), source.type().type());
-    return conversion != nullptr && conversion(target, source);
+    return Registry::Call(target.type().type(), source.type().type()).run(target, source);
 }
 
 std::size_t VariantConverter::registeredCount() noexcept

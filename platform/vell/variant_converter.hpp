@@ -11,7 +11,9 @@ namespace vell
 class Variant;
 
 /// A conversion between two types of variant content, registered for as long as this object lives.
-/// Where several stand for one pair, the oldest is used. Safe from any thread.
+/// Where several stand for one pair, the oldest is used. Safe from any thread. The destructor waits for a
+/// call of the conversion that is running in another thread, so afterwards its code may be unmapped; a
+/// conversion must not destroy its own converter.
 class VELL_API VariantConverter
 {
 public:
@@ -25,6 +27,7 @@ public:
     ~VariantConverter();
 
     /// Runs the conversion registered for what the two hold now; false when there is none or it gives up.
+    /// What the conversion throws reaches the caller.
     static bool convert(Variant& target, const Variant& source);
     static std::size_t registeredCount() noexcept;
 
@@ -34,6 +37,7 @@ private:
     const std::type_info* m_targetType;
     const std::type_info* m_sourceType;
     Convert m_convert;
+    int m_runningCalls = 0; ///< guarded by the registry
 };
 
 } // namespace vell

@@ -17,13 +17,14 @@ KODO_API void reportAssertion(const char* expression, const char* path, int line
 constexpr const char* pathBelow(const char* file, std::string_view root) noexcept
 {
     const std::string_view path(file);
-    for (std::size_t at = path.rfind(root); at != std::string_view::npos && path.size() > at + root.size();
+    const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
+    for (std::size_t at = path.rfind(root); at != std::string_view::npos;
          at = at == 0 ? std::string_view::npos : path.rfind(root, at - 1))
     {
-        const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
-        if ((at == 0 || isSeparator(path[at - 1])) && isSeparator(path[at + root.size()]))
+        const std::size_t end = at + root.size();
+        if (end < path.size() && (at == 0 || isSeparator(path[at - 1])) && isSeparator(path[end]))
         {
-            return file + at + root.size() + 1;
+            return file + end + 1;
         }
     }
     return file;

@@ -9,12 +9,21 @@
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Kodo
 {
+
+namespace
+{
+/// Held while a sink is called. One for all: with one for each, sinks that report themselves would wait for
+/// each other when two threads come to them in different order.
+std::recursive_mutex sinkCalls;
+} // namespace
 
 class DebugMessageSink::Entry
 {
@@ -28,7 +37,8 @@ public:
 
     void receive(const DebugMessage& message) noexcept
     {
-        const std::lock_guard lock(m_mutex);
+        Receiver released; // destroyed unlocked: it may wait for a thread that reports
+        const std::lock_guard lock(sinkCalls);
         if (m_removed || !m_receiver || (!message.critical && message.messagePriority < m_leastPriority))
         {
             return;
@@ -43,14 +53,14 @@ public:
         }
         if (--m_depth == 0 && m_removed)
         {
-            m_receiver = nullptr;
+            released.swap(m_receiver);
         }
     }
 
     void remove() noexcept
     {
         Receiver released;
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(sinkCalls);
         m_removed = true;
         if (m_depth == 0) // a callable that runs is released when its call returns
         {
@@ -59,7 +69,6 @@ public:
     }
 
 private:
-    std::recursive_mutex m_mutex;
     Receiver m_receiver;
     int m_leastPriority;
     int m_depth = 0;
@@ -129,6 +138,7 @@ private:
         : m_entries(std::make_shared<const Entries>()),
           m_fallback("tern", std::make_shared<spdlog::sinks::stderr_sink_mt>())
     {
+        m_fallback.set_level(spdlog::level::trace); // what is of interest is the sinks' to say
     }
 
     std::shared_ptr<const Entries> current() const

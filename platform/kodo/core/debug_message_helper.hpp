@@ -20,10 +20,10 @@ struct DebugMessage
     bool critical = false;
 };
 
-/// A receiver of messages, registered for as long as this object lives. Its calls never overlap, whichever
-/// threads report; it may report itself, and may remove itself from within a call. After removal it is not
-/// running in any thread and its callable is destroyed. It must not throw: what it throws is dropped, the
-/// message with it.
+/// A receiver of messages, registered for as long as this object lives. Sinks are called one at a time,
+/// whichever threads report; one may report itself, and may remove itself from within a call, but must not
+/// wait for a thread that reports. After removal it is not running in any thread and its callable is
+/// destroyed. It must not throw: what it throws is dropped, the message with it.
 class KODO_API DebugMessageSink
 {
 public:

@@ -1,10 +1,15 @@
 #include "kodo/core/stack_tracker.hpp"
 
+#include "kodo/core/string_conversion.hpp"
+
+#include <array>
 #include <atomic>
+#include <charconv>
 #include <cstddef>
 #include <map>
 #include <mutex>
 #include <ostream>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -26,6 +31,10 @@ public:
         static Recorder recorder;
         return recorder;
     }
+
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+    ~Recorder() { active.store(false, std::memory_order_relaxed); } // scopes that close later find it off
 
     void start()
     {
@@ -87,6 +96,8 @@ public:
     static inline std::atomic<bool> active{false};
 
 private:
+    Recorder() = default;
+
     struct Thread
     {
         std::uint32_t number = 0;
@@ -112,32 +123,62 @@ private:
     Clock::time_point m_began;
 };
 
-void writeJsonString(std::ostream& out, std::string_view text)
+/// Made when the library is loaded: made on first use it would be gone before the objects of a program that
+/// ends while recording.
+[[maybe_unused]] const Recorder& readyBeforeMain = Recorder::instance();
+
+void appendJsonString(std::string& json, std::string_view text)
 {
     constexpr std::string_view HEX = "0123456789abcdef";
-    out << '"';
-    for (const char c : text)
+    json += '"';
+    for (const char c : wideToUtf8(utf8ToWide(text))) // JSON is well-formed UTF-8, a name is any bytes
     {
         const auto byte = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\')
         {
-            out << '\\' << c;
+            json += '\\';
+            json += c;
         }
         else if (byte < 0x20)
         {
-            out << "\\u00" << HEX[byte >> 4U] << HEX[byte & 15U];
+            json += "\\u00";
+            json += HEX[byte >> 4U];
+            json += HEX[byte & 15U];
         }
         else
         {
-            out << c;
+            json += c;
         }
     }
-    out << '"';
+    json += '"';
 }
 
-double microseconds(std::chrono::nanoseconds time)
+void appendMicroseconds(std::string& json, std::chrono::nanoseconds time)
 {
-    return std::chrono::duration<double, std::micro>(time).count();
+    std::array<char, 64> text{};
+    const double microseconds = std::chrono::duration<double, std::micro>(time).count();
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), microseconds, std::chars_format::fixed, 3);
+    json.append(text.data(), end);
+}
+
+std::string eventOf(const StackTracker::ScopeRecord& scope)
+{
+    std::string json = R"({"ph":"X","pid":1,"tid":)" + std::to_string(scope.thread) + R"(,"name":)";
+    appendJsonString(json, scope.name);
+    json += R"(,"ts":)";
+    appendMicroseconds(json, scope.start);
+    json += R"(,"dur":)";
+    appendMicroseconds(json, scope.duration);
+    json += R"(,"args":{"file":)";
+    appendJsonString(json, scope.file);
+    return json + R"(,"line":)" + std::to_string(scope.line) + "}}";
+}
+
+/// Writes past the stream's format and locale: a grouped number is no JSON.
+void write(std::ostream& out, std::string_view text)
+{
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 } // namespace
@@ -175,25 +216,14 @@ std::vector<StackTracker::ScopeRecord> StackTracker::stopRecording()
 
 void StackTracker::writeChromeTrace(std::ostream& out, const std::vector<ScopeRecord>& record)
 {
-    const std::ios_base::fmtflags flags = out.flags();
-    const std::streamsize precision = out.precision();
-    out << std::fixed;
-    out.precision(3);
-    out << "{\"displayTimeUnit\":\"ns\",\"traceEvents\":[";
+    write(out, R"({"displayTimeUnit":"ns","traceEvents":[)");
     const char* separator = "\n";
     for (const ScopeRecord& scope : record)
     {
-        out << separator << "{\"ph\":\"X\",\"pid\":1,\"tid\":" << scope.thread << ",\"name\":";
-        writeJsonString(out, scope.name);
-        out << ",\"ts\":" << microseconds(scope.start) << ",\"dur\":" << microseconds(scope.duration)
-            << ",\"args\":{\"file\":";
-        writeJsonString(out, scope.file);
-        out << ",\"line\":" << scope.line << "}}";
+        write(out, separator + eventOf(scope));
         separator = ",\n";
     }
-    out << "\n]}\n";
-    out.flags(flags);
-    out.precision(precision);
+    write(out, "\n]}\n");
 }
 
 } // namespace Kodo

@@ -44,7 +44,8 @@ public:
     static std::vector<ScopeRecord> stopRecording();
 
     /// Writes the record as a trace that Chrome's about:tracing and Perfetto read (JSON, complete events,
-    /// microseconds).
+    /// microseconds). Malformed UTF-8 in the texts becomes U+FFFD. The stream's format and locale do not
+    /// matter; its error state tells whether all was written.
     static void writeChromeTrace(std::ostream& out, const std::vector<ScopeRecord>& record);
 };
 
@@ -63,5 +64,8 @@ public:
 
 } // namespace Kodo
 
-/// Profiles the rest of the block it stands in under @p name.
-#define KODO_PROFILE_SCOPE(name) const ::Kodo::StackTrackerScope kodoProfileScope(name, __FILE__, __LINE__)
+/// Profiles the rest of the block it stands in under @p name. Blocks may hold several and nest.
+#define KODO_PROFILE_SCOPE(name) KODO_PROFILE_SCOPE_ON_LINE(name, __LINE__)
+#define KODO_PROFILE_SCOPE_ON_LINE(name, line) KODO_PROFILE_SCOPE_NAMED(name, line) // expands __LINE__
+#define KODO_PROFILE_SCOPE_NAMED(name, line)                                                                 \
+    const ::Kodo::StackTrackerScope kodoProfileScope##line(name, __FILE__, line)
