@@ -1,6 +1,7 @@
 #include "editor/app/headless_session.hpp"
 
 #include "editor/level/level_file.hpp"
+#include "tests/support/reports.hpp"
 #include "tests/support/temporary_directory.hpp"
 
 #include <gtest/gtest.h>
@@ -38,6 +39,7 @@ protected:
     {
         m_out.str("");
         m_errors.str("");
+        const CollectReports seenByTheSession;
         return HeadlessSession(m_options, m_out, m_errors).run();
     }
 

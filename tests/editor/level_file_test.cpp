@@ -94,9 +94,9 @@ TEST(LevelFileTest, RefusesANewerVersionAndOtherFormats)
     EXPECT_EQ(complaint("{\"format\": \"tern-level\",\n \"version\": 2}"),
               "a.level:2:13: version 2 is newer than version 1, the latest that this editor reads");
     EXPECT_EQ(complaint("{\"format\": \"tern-level\", \"version\": 0}"),
-              "a.level:1:38: there is no version 0");
+              "a.level:1:37: there is no version 0");
     EXPECT_EQ(complaint("{\"format\": \"tern-level\", \"version\": \"1\"}"),
-              "a.level:1:38: a version is an integer");
+              "a.level:1:37: a version is an integer");
     EXPECT_EQ(complaint("{\"format\": \"tern-level\"}"), "a.level:1:1: \"version\" is missing");
     EXPECT_EQ(complaint("{\"format\": \"map\", \"version\": 1}"),
               "a.level:1:12: the format is not \"tern-level\"");
@@ -108,7 +108,7 @@ TEST(LevelFileTest, SaysWhichValueIsWrong)
 {
     EXPECT_EQ(complaint(levelWith(", \"more\":\n 1")), "a.level:2:2: a member \"more\" is not known here");
     EXPECT_EQ(complaint(levelWith(",\"curves\":[{\"name\":\"a b\"}]")),
-              "a.level:1:58: a curve's name has letters, digits and \"_\", no digit first");
+              "a.level:1:57: a curve's name has letters, digits and \"_\", no digit first");
     EXPECT_EQ(complaint(levelWith(",\n\"curves\":[{\"name\":\"a\",\n\"points\":[[0,0,0],\n[1, 2]]}]")),
               "a.level:4:1: a position is an array of three numbers");
     EXPECT_EQ(complaint(levelWith(",\n\"curves\":[{\"name\":\"a\",\"points\":[[0,0,0],[1, 2,\n\"3\"]]}]")),
@@ -116,11 +116,11 @@ TEST(LevelFileTest, SaysWhichValueIsWrong)
     EXPECT_EQ(complaint(levelWith(",\"curves\":[{\"name\":\"a\"},\n {\"name\":\"a\"}]")),
               "a.level:2:10: a second curve \"a\"");
     EXPECT_EQ(complaint(levelWith(",\"curves\":\n 5")), "a.level:2:2: this is no array");
-    EXPECT_EQ(complaint(levelWith(",\"items\":[{\"name\":\"a\"}]")), "a.level:1:49: \"type\" is missing");
+    EXPECT_EQ(complaint(levelWith(",\"items\":[{\"name\":\"a\"}]")), "a.level:1:48: \"type\" is missing");
     EXPECT_EQ(
         complaint(levelWith(",\"items\":[\n{\"name\":\"a\",\"type\":\"b\",\"properties\":{\"a/b\":\n1}}]")),
         "a.level:3:1: \"a/b\" is no text");
-    EXPECT_EQ(complaint(levelWith(",\"items\":[null]")), "a.level:1:49: this is no object");
+    EXPECT_EQ(complaint(levelWith(",\"items\":[null]")), "a.level:1:48: this is no object");
 }
 
 TEST(LevelFileTest, SaysWhyAFileCannotBeRead)
