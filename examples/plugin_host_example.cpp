@@ -48,8 +48,9 @@ public:
     PluginEntry entry(const char* name) const
     {
 #if defined(_WIN32)
-        return m_library == nullptr ? nullptr
-                                    : reinterpret_cast<PluginEntry>(GetProcAddress(m_library, name));
+        return m_library == nullptr
+                   ? nullptr
+                   : reinterpret_cast<PluginEntry>(reinterpret_cast<void*>(GetProcAddress(m_library, name)));
 #else
         return m_library == nullptr ? nullptr : reinterpret_cast<PluginEntry>(dlsym(m_library, name));
 #endif
