@@ -9,7 +9,13 @@ namespace
 {
 
 constexpr std::string_view BLANKS = " \t";
-constexpr std::size_t LONGEST_PROGRAM = 32767; // no system takes a longer path
+
+/// No system takes a longer path.
+#if defined(_WIN32)
+constexpr std::size_t LONGEST_PROGRAM = 32767;
+#else
+constexpr std::size_t LONGEST_PROGRAM = 4095;
+#endif
 
 bool isBlank(char c)
 {
