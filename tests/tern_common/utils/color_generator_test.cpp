@@ -229,17 +229,17 @@ TEST_F(ColorGeneratorTest, ADistanceOfExactlyTheMinimumIsAcceptedAndTheNextSmall
     {
         m_random.seed(seed);
         const Color first = ColorGenerator()();
-        // Green tops without blue have hues of (2 - red) pi/3: look for one at exactly the distance. Below 2
-        // the floats are dense enough to hit it.
+        // Green tops without blue have hues of (2 - red) pi/3: look for one exactly that far ahead. (Behind
+        // the candidate the distance goes through 2 pi, where floats are too coarse to hit the minimum.)
         const float hue = ColorHue::hueOf(first);
-        float red = 2.0F - (hue - MIN_DISTANCE) / ColorHue::THIRD_OF_PI;
-        if (!(red > 0.1F && red < 0.99F))
+        float red = 2.0F - (hue + MIN_DISTANCE) / ColorHue::THIRD_OF_PI;
+        if (!(hue > 1.0F && red > 0.01F))
         {
             continue;
         }
         red += 1e-5F;
         const auto banAt = [](float r) { return Color(r, 1.0F, 0.0F, 1.0F); };
-        while (distance(banAt(red), first) > MIN_DISTANCE)
+        while (distance(banAt(red), first) < MIN_DISTANCE)
         {
             red = std::nextafter(red, 0.0F);
         }
@@ -255,7 +255,7 @@ TEST_F(ColorGeneratorTest, ADistanceOfExactlyTheMinimumIsAcceptedAndTheNextSmall
 
         while (distance(banAt(red), first) >= MIN_DISTANCE)
         {
-            red = std::nextafter(red, 0.0F);
+            red = std::nextafter(red, 1.0F);
         }
         m_random.seed(seed);
         ColorGenerator rejecting;
