@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -18,26 +17,39 @@ using Color = Kodo::Render::ColourRGBAFloat;
 constexpr float MIN_HUE_DISTANCE = 0.5235988F; // pi / 6
 constexpr std::int32_t ATTEMPTS_BEFORE_RESET = 10000;
 
+std::array<float, 3> toBytes(float r, float g, float b)
+{
+    const auto scaled = [](float component) { return std::clamp(component * 255.0F, 0.0F, 255.0F); };
+    return {scaled(r), scaled(g), scaled(b)};
+}
+
 /// Hue in degrees, saturation and value in percent; red, green and blue in 0 to 255.
 std::array<float, 3> hsvToRgb(float hue, float saturation, float value)
 {
     const float x = std::clamp(hue * (1.0F / 360.0F), 0.0F, 1.0F) * 6.0F;
-    const float i = std::floor(x);
-    const float f = x - i;
+    const int i = static_cast<int>(x); // x is not negative: the same as its floor, and no call
+    const float f = x - static_cast<float>(i);
     const float s = std::clamp(saturation * 0.01F, 0.0F, 1.0F);
     const float v = std::clamp(value * 0.01F, 0.0F, 1.0F);
     const float p = (1.0F - s) * v;
     const float q = (1.0F - f * s) * v;
     const float t = (1.0F - (1.0F - f) * s) * v;
 
-    const std::array<std::array<float, 3>, 6> sectors{
-        {{v, t, p}, {q, v, p}, {p, v, t}, {p, q, v}, {t, p, v}, {v, p, q}}};
-    std::array<float, 3> rgb = sectors[static_cast<std::size_t>(i) % sectors.size()];
-    for (float& component : rgb)
+    switch (i % 6)
     {
-        component = std::clamp(component * 255.0F, 0.0F, 255.0F);
+    case 0:
+        return toBytes(v, t, p);
+    case 1:
+        return toBytes(q, v, p);
+    case 2:
+        return toBytes(p, v, t);
+    case 3:
+        return toBytes(p, q, v);
+    case 4:
+        return toBytes(t, p, v);
+    default:
+        return toBytes(v, p, q);
     }
-    return rgb;
 }
 
 Color drawCandidate(Kodo::KodoRandom& random)

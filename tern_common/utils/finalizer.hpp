@@ -3,6 +3,7 @@
 #include "tern_common/export.hpp"
 
 #include <concepts>
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -36,13 +37,13 @@ public:
 
     /// Adds a call of @p release with @p pointer; a null pointer is never released. When there is no memory
     /// for the action, the pointer is released at once and std::bad_alloc thrown.
-    void add(void* pointer, ReleaseFunction release) { append(Action(release, pointer)); }
+    void add(void* pointer, ReleaseFunction release) { append(release, pointer); }
 
     /// Adds a call of @p callable. When there is no memory for the action, it is called at once and
     /// std::bad_alloc thrown: what it cleans up is not left behind.
     template <class Callable>
         requires std::invocable<Callable&>
-    void add(Callable callable) { append(Action(&runAndDelete<Callable>, store(callable))); }
+    void add(Callable callable) { append(&runAndDelete<Callable>, store(callable)); }
 
     /// Runs and removes all pending actions, last added first.
     void finalize() noexcept;
@@ -101,8 +102,19 @@ private:
         (*callable)();
     }
 
-    void append(Action action) { actions.push_back(std::move(action)); }
+    void append(ReleaseFunction release, void* pointer)
+    {
+        Action unlisted(release, pointer); // releases the pointer when there is no memory
+        if (actions.capacity() == 0)
+        {
+            actions.reserve(USUAL_COUNT); // growing from one on would allocate four times on the way
+        }
+        actions.push_back(std::move(unlisted));
+    }
+
     void discard() noexcept;
+
+    static constexpr std::size_t USUAL_COUNT = 8;
 
     std::vector<Action> actions;
     bool finalizeOnDestruction = true;
