@@ -3,6 +3,7 @@
 #include "qua/command_line.hpp"
 
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <string_view>
@@ -78,6 +79,16 @@ public:
         }
     }
 
+    Streams(const Streams&) = delete;
+    Streams& operator=(const Streams&) = delete;
+    ~Streams()
+    {
+        if (m_list != nullptr)
+        {
+            ::DeleteProcThreadAttributeList(m_list);
+        }
+    }
+
     bool enter(STARTUPINFOEXW& startup)
     {
         SIZE_T size = 0;
@@ -88,6 +99,7 @@ public:
         {
             return false;
         }
+        m_list = list;
         startup.lpAttributeList = list;
         startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
         startup.StartupInfo.hStdInput = m_null.get();
@@ -112,6 +124,7 @@ private:
     std::array<HANDLE, 3> m_inherited{};
     std::size_t m_count = 0;
     std::vector<std::byte> m_attributes;
+    LPPROC_THREAD_ATTRIBUTE_LIST m_list = nullptr; ///< in m_attributes, once initialised
 };
 
 } // namespace
@@ -143,7 +156,6 @@ std::error_code startDetached(const std::string& commandLine, const std::string&
                              DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP | EXTENDED_STARTUPINFO_PRESENT,
                              nullptr, toWide(workingDirectory).c_str(), &startup.StartupInfo, &process);
         const std::error_code error = started ? std::error_code() : lastError();
-        ::DeleteProcThreadAttributeList(startup.lpAttributeList);
         if (started)
         {
             ::CloseHandle(process.hThread);

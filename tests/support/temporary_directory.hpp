@@ -2,10 +2,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <string_view>
-
-#include <stdlib.h>
 
 /// A new directory, links in its path resolved, removed with everything in it at the end of the scope.
 class TemporaryDirectory
@@ -13,10 +12,13 @@ class TemporaryDirectory
 public:
     TemporaryDirectory()
     {
-        std::string pattern =
-            (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "tern-test-XXXXXX")
-                .string();
-        m_path = ::mkdtemp(pattern.data());
+        const std::filesystem::path parent =
+            std::filesystem::canonical(std::filesystem::temp_directory_path());
+        std::random_device random;
+        do
+        {
+            m_path = parent / ("tern-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(m_path)); // false for one that is there already
     }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;

@@ -3,9 +3,9 @@
 #include "kodo/fs/native_path.hpp"
 
 #include <algorithm>
-#include <atomic>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace Kodo::FS
 {
@@ -155,22 +155,21 @@ bool MultiFileSystem::addRoot(const std::string& directory)
     {
         return false;
     }
-    std::shared_ptr<const Roots> before = roots();
-    while (
-        !std::atomic_compare_exchange_weak(&m_roots, &before, std::make_shared<const Roots>(*before, root)))
-    {
-    }
+    const std::lock_guard lock(m_mutex);
+    m_roots = std::make_shared<const Roots>(*m_roots, std::move(root));
     return true;
 }
 
 void MultiFileSystem::clearRoots()
 {
-    std::atomic_store(&m_roots, std::make_shared<const Roots>());
+    const std::lock_guard lock(m_mutex);
+    m_roots = std::make_shared<const Roots>();
 }
 
 std::shared_ptr<const MultiFileSystem::Roots> MultiFileSystem::roots() const
 {
-    return std::atomic_load(&m_roots);
+    const std::lock_guard lock(m_mutex);
+    return m_roots;
 }
 
 FileSystem::FileType MultiFileSystem::fileType(const std::string& name) const

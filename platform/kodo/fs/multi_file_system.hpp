@@ -4,6 +4,7 @@
 #include "kodo/fs/file_system.hpp"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,7 @@ private:
     class Roots;
     std::shared_ptr<const Roots> roots() const;
 
+    mutable std::mutex m_mutex;
     std::shared_ptr<const Roots> m_roots; ///< exchanged as a whole
 };
 
