@@ -13,7 +13,7 @@ TemporaryDirectory::TemporaryDirectory()
     std::random_device random;
     do
     {
-        m_path = fs::temp_directory_path() / ("tern_test_" + std::to_string(random()));
+        m_path = fs::canonical(fs::temp_directory_path()) / ("tern_test_" + std::to_string(random()));
     } while (!fs::create_directory(m_path));
 }
 
@@ -23,9 +23,10 @@ TemporaryDirectory::~TemporaryDirectory()
     fs::remove_all(m_path, ignored);
 }
 
-fs::path TemporaryDirectory::write(const std::string& name, std::string_view bytes) const
+fs::path TemporaryDirectory::write(std::string_view name, std::string_view bytes) const
 {
     const fs::path path = m_path / name;
+    fs::create_directories(path.parent_path());
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     EXPECT_TRUE(file.flush()) << path;

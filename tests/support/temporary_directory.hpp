@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// A directory of the test's own, gone with all it holds at the end of the scope.
+/// A new directory, links in its path resolved, gone with all it holds at the end of the scope.
 class TemporaryDirectory
 {
 public:
@@ -14,9 +14,10 @@ public:
     ~TemporaryDirectory();
 
     const std::filesystem::path& path() const noexcept { return m_path; }
+    std::filesystem::path operator/(std::string_view name) const { return m_path / name; }
 
-    /// Writes a file of these bytes and gives its path.
-    std::filesystem::path write(const std::string& name, std::string_view bytes) const;
+    /// Writes a file of these bytes, with the directories on the way to it, and gives its path.
+    std::filesystem::path write(std::string_view name, std::string_view bytes = "x") const;
 
 private:
     std::filesystem::path m_path;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Rows of pixels, the topmost first, three bytes a pixel.
+struct RgbPicture
+{
+    std::size_t width = 0;
+    std::size_t height = 0;
+    std::vector<std::uint8_t> bytes;
+};
+
+/// Writes the picture; false when that fails, or when the picture is empty or not as large as it says.
+bool writePng(const std::string& file, const RgbPicture& picture);

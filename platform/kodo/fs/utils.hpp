@@ -1,0 +1,16 @@
+#pragma once
+
+#include "kodo/export.hpp"
+
+#include <string>
+
+namespace Kodo::FS::Utils
+{
+
+/// Whether the shared file system's roots hold a file or directory of that name or absolute path.
+KODO_API bool fileExists(const std::string& path);
+
+/// The full path of this process's executable; empty when the system doesn't tell.
+KODO_API std::string appPath();
+
+} // namespace Kodo::FS::Utils

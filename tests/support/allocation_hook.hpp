@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+
+/// Allocations by operator new in the calling thread since this object was made. For programs that are linked
+/// with tern_test_allocation.
+class AllocationCount
+{
+public:
+    AllocationCount() noexcept;
+    std::size_t count() const noexcept;
+
+private:
+    std::size_t m_before;
+};
+
+/// The bytes that the calling thread took by operator new and has not given back, as asked for.
+std::size_t liveHeapBytes() noexcept;
+
+/// Makes one allocation of the calling thread fail: the one after @p successes that work. The others, before
+/// and after, go on as usual.
+class FailingAllocation
+{
+public:
+    explicit FailingAllocation(std::size_t successes) noexcept;
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    ~FailingAllocation();
+};

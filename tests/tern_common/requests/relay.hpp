@@ -1,0 +1,5 @@
+#pragma once
+
+/// With this environment variable the test program acts as an editor that opens nothing itself: it hands the
+/// resources of its command line to a new process of its own.
+inline constexpr const char* RELAY = "TERN_TEST_RELAY";
