@@ -2,7 +2,10 @@
 
 #include <boost/program_options.hpp>
 
+#include <charconv>
+#include <limits>
 #include <sstream>
+#include <system_error>
 
 namespace po = boost::program_options;
 
@@ -10,23 +13,86 @@ namespace
 {
 
 using Names = std::vector<std::string>;
+using Number = std::int64_t; // signed: the conversion to unsigned numbers takes -1 for a large one
 
-po::options_description describeOptions()
+po::options_description describeLevelOptions()
 {
-    po::options_description options("Options");
+    po::options_description options("Working on a level");
     options.add_options()                                                           //
-        ("help,h", "Print this help.")                                              //
-        ("headless", "Work without a window.")                                      //
         ("level", po::value<std::string>()->value_name("FILE"), "Open this level.") //
         ("script", po::value<Names>()->value_name("FILE...")->multitoken()->composing(),
          "Run these command scripts on the level, one after another.") //
         ("save", po::value<std::string>()->value_name("FILE"),
          "Save the level there at the end. The file is replaced as a whole or not at all.") //
-        ("max-ticks", po::value<std::uint64_t>()->value_name("N")->default_value(EditorOptions().maxTicks),
+        ("max-ticks", po::value<Number>()->value_name("N")->default_value(1000000),
          "Give up after so many ticks.") //
         ("trace", po::value<std::string>()->value_name("FILE"),
          "Write a profile of the run, for about:tracing or Perfetto.");
     return options;
+}
+
+po::options_description describeRequestOptions()
+{
+    po::options_description options("Opening resources");
+    options.add_options() //
+        ("uniquePerApp", po::bool_switch(),
+         "Open one resource in this process and the others in processes of their own; may be written with "
+         "one "
+         "dash.") //
+        ("report", po::value<std::string>()->value_name("FILE"),
+         "Append to this file, as a line of JSON, what each process opened.");
+    return options;
+}
+
+po::options_description describePaletteOptions()
+{
+    po::options_description options("Generating colours");
+    options.add_options()                                                                            //
+        ("colors", po::value<Number>()->value_name("N"), "Generate so many well-separated colours.") //
+        ("seed", po::value<Number>()->value_name("N")->default_value(0),
+         "Seed of the random draws.") //
+        ("ban", po::value<Names>()->value_name("RRGGBB...")->multitoken()->composing(),
+         "Keep away from the hues of these colours.") //
+        ("picture", po::value<std::string>()->value_name("FILE"), "Draw the colours as a PNG picture.");
+    return options;
+}
+
+po::options_description describeOptions()
+{
+    po::options_description options("Options");
+    options.add_options()                                 //
+        ("help,h", po::bool_switch(), "Print this help.") //
+        ("headless", po::bool_switch(), "Work without a window.");
+    options.add(describeLevelOptions()).add(describeRequestOptions()).add(describePaletteOptions());
+    return options;
+}
+
+/// The values of the options and, as "resources", the argument that is none.
+po::variables_map readCommandLine(int argc, const char* const* argv)
+{
+    po::options_description all = describeOptions();
+    all.add_options()("resources", po::value<std::string>());
+    po::positional_options_description positional;
+    positional.add("resources", 1);
+
+    using Style = po::command_line_style::style_t;
+    const int style = (Style::default_style & ~Style::allow_guessing) | Style::allow_long_disguise;
+    po::variables_map values;
+    po::store(po::command_line_parser(argc, argv).options(all).positional(positional).style(style).run(),
+              values);
+    po::notify(values);
+    return values;
+}
+
+std::uint32_t parseColor(const std::string& text)
+{
+    std::uint32_t color = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), color, 16);
+    if (text.size() != 6 || error != std::errc() || end != text.data() + text.size())
+    {
+        throw CommandLineError("\"" + text + "\" is no colour: six hexadecimal digits");
+    }
+    return color;
 }
 
 std::filesystem::path pathOf(const std::string& name)
@@ -39,54 +105,88 @@ std::optional<std::filesystem::path> optionalPath(const po::variables_map& value
     return values.count(name) == 0 ? std::nullopt : std::optional(pathOf(values[name].as<std::string>()));
 }
 
+Names namesOf(const po::variables_map& values, const char* name)
+{
+    return values.count(name) == 0 ? Names() : values[name].as<Names>();
+}
+
+Number numberOf(const po::variables_map& values, const char* name, Number most)
+{
+    const Number number = values[name].as<Number>();
+    if (number < 0 || number > most)
+    {
+        throw CommandLineError(std::string("--") + name + " takes a number from 0 to " +
+                               std::to_string(most));
+    }
+    return number;
+}
+
+EditorOptions toOptions(const po::variables_map& values)
+{
+    EditorOptions options;
+    options.help = values["help"].as<bool>();
+    options.headless = values["headless"].as<bool>();
+    options.resources =
+        values.count("resources") == 0 ? std::string() : values["resources"].as<std::string>();
+    options.uniquePerApp = values["uniquePerApp"].as<bool>();
+    options.report = optionalPath(values, "report");
+    if (values.count("colors") != 0)
+    {
+        options.colors = static_cast<std::size_t>(numberOf(values, "colors", 10000));
+    }
+    options.seed =
+        static_cast<std::uint32_t>(numberOf(values, "seed", std::numeric_limits<std::uint32_t>::max()));
+    for (const std::string& color : namesOf(values, "ban"))
+    {
+        options.banned.push_back(parseColor(color));
+    }
+    options.picture = optionalPath(values, "picture");
+    options.level = optionalPath(values, "level");
+    for (const std::string& script : namesOf(values, "script"))
+    {
+        options.scripts.push_back(pathOf(script));
+    }
+    options.save = optionalPath(values, "save");
+    options.trace = optionalPath(values, "trace");
+    options.maxTicks =
+        static_cast<std::uint64_t>(numberOf(values, "max-ticks", std::numeric_limits<Number>::max()));
+    return options;
+}
+
+void expectOneJob(const EditorOptions& options)
+{
+    const int jobs = (options.resources.empty() ? 0 : 1) + (options.colors ? 1 : 0) + (options.level ? 1 : 0);
+    if (jobs == 0)
+    {
+        throw CommandLineError("nothing to do: give resources, --colors or --level");
+    }
+    if (jobs > 1)
+    {
+        throw CommandLineError("give one of resources, --colors and --level");
+    }
+    if (options.level && !options.headless)
+    {
+        throw CommandLineError("this editor has no window yet: give --headless");
+    }
+}
+
 } // namespace
 
 EditorOptions parseCommandLine(int argc, const char* const* argv)
 {
-    EditorOptions options;
-    po::variables_map values;
     try
     {
-        const po::options_description described = describeOptions();
-        const int style = po::command_line_style::default_style & ~po::command_line_style::allow_guessing;
-        po::store(po::command_line_parser(argc, argv)
-                      .options(described)
-                      .positional(po::positional_options_description())
-                      .style(style)
-                      .run(),
-                  values);
-        po::notify(values);
+        const EditorOptions options = toOptions(readCommandLine(argc, argv));
+        if (!options.help)
+        {
+            expectOneJob(options);
+        }
+        return options;
     }
     catch (const po::error& error)
     {
         throw CommandLineError(error.what());
     }
-    options.help = values.count("help") != 0;
-    options.headless = values.count("headless") != 0;
-    options.level = optionalPath(values, "level");
-    options.save = optionalPath(values, "save");
-    options.trace = optionalPath(values, "trace");
-    options.maxTicks = values["max-ticks"].as<std::uint64_t>();
-    if (values.count("script") != 0)
-    {
-        for (const std::string& script : values["script"].as<Names>())
-        {
-            options.scripts.push_back(pathOf(script));
-        }
-    }
-    if (options.help)
-    {
-        return options;
-    }
-    if (!options.headless)
-    {
-        throw CommandLineError("this editor has no window yet: give --headless");
-    }
-    if (!options.level)
-    {
-        throw CommandLineError("--level is missing");
-    }
-    return options;
 }
 
 std::string helpText()
@@ -97,6 +197,11 @@ std::string helpText()
             "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
             "before it\n"
             "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"
+            "Opens the resources of a list, files below the working directory, and starts a new editor "
+            "process for\n"
+            "those that this one does not take.\n\n"
+            "Prints colours with each one's smallest distance from another: of hue, and as seen "
+            "(CIEDE2000).\n\n"
          << describeOptions()
          << "\nCommands\n"
             "  level.open(\"file\")               replace the level by a file's\n"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -7,11 +8,21 @@
 #include <string>
 #include <vector>
 
-/// What the command line asks for.
+/// What the command line asks for: to open resources, to draw a palette, or to work on a level.
 struct EditorOptions
 {
     bool help = false;
     bool headless = false;
+
+    std::string resources; ///< separated by commas; empty for none
+    bool uniquePerApp = false;
+    std::optional<std::filesystem::path> report;
+
+    std::optional<std::size_t> colors;
+    std::uint32_t seed = 0;
+    std::vector<std::uint32_t> banned; ///< 0xRRGGBB
+    std::optional<std::filesystem::path> picture;
+
     std::optional<std::filesystem::path> level;
     std::vector<std::filesystem::path> scripts;
     std::optional<std::filesystem::path> save;

@@ -2,9 +2,30 @@
 
 #include "editor/app/editor_options.hpp"
 #include "editor/app/headless_session.hpp"
+#include "editor/app/open_session.hpp"
+#include "editor/palette/palette.hpp"
 
+#include <cstdint>
 #include <exception>
 #include <iostream>
+
+namespace
+{
+
+int runPaletteJob(const EditorOptions& options)
+{
+    PaletteOptions palette;
+    palette.colors = *options.colors;
+    palette.seed = options.seed;
+    for (const std::uint32_t color : options.banned)
+    {
+        palette.banned.emplace_back(0xFF000000U | color);
+    }
+    palette.pictureFile = options.picture ? options.picture->string() : std::string();
+    return runPalette(palette, std::cout) ? 0 : 1;
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -15,6 +36,14 @@ int main(int argc, char** argv)
         {
             std::cout << helpText();
             return 0;
+        }
+        if (!options.resources.empty())
+        {
+            return runOpenSession(options, argv[0], std::cout, std::cerr);
+        }
+        if (options.colors)
+        {
+            return runPaletteJob(options);
         }
         return HeadlessSession(options, std::cout, std::cerr).run();
     }

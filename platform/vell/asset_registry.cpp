@@ -26,12 +26,10 @@ std::string lowered(std::string_view text)
     return result;
 }
 
-std::string_view extensionOf(std::string_view path)
+std::string_view fileName(std::string_view path)
 {
     const std::size_t separator = path.find_last_of(SEPARATORS);
-    const std::string_view name = separator == std::string_view::npos ? path : path.substr(separator + 1);
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
+    return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
 } // namespace
@@ -60,12 +58,21 @@ void AssetRegistry::setType(std::string_view extension, std::string type)
 
 std::string AssetRegistry::typeOf(std::string_view path) const
 {
-    const std::string_view extension = extensionOf(path);
-    const bool isLower =
-        std::none_of(extension.begin(), extension.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    const std::string_view name = fileName(path);
+    const bool isLower = std::none_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    const std::string copy = isLower ? std::string() : lowered(name);
+    const std::string_view folded = isLower ? name : std::string_view(copy);
+
     const std::shared_lock lock(m_mutex);
-    const auto found = isLower ? m_types.find(extension) : m_types.find(lowered(extension));
-    return found == m_types.end() ? std::string() : found->second;
+    for (std::size_t dot = folded.find('.', 1); dot != std::string_view::npos;
+         dot = folded.find('.', dot + 1))
+    {
+        if (const auto found = m_types.find(folded.substr(dot + 1)); found != m_types.end())
+        {
+            return found->second;
+        }
+    }
+    return {};
 }
 
 } // namespace vell

@@ -28,8 +28,9 @@ public:
     /// written without its dot, and ASCII letters in it count the same in both cases.
     void setType(std::string_view extension, std::string type);
 
-    /// The type of the file that @p path names, by what follows the last dot of its name; empty when that is
-    /// unknown. A name's leading dot starts no extension. The file need not exist.
+    /// The type of the file that @p path names, by the longest known extension: what follows one of the dots
+    /// of its name ("curve.json" before "json"); empty when none is known. A name's leading dot starts no
+    /// extension. The file need not exist.
     std::string typeOf(std::string_view path) const;
 
 private:

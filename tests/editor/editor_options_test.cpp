@@ -27,6 +27,26 @@ TEST(EditorOptionsTest, ReadsEveryOption)
     EXPECT_EQ(options.trace, "t.json");
 }
 
+TEST(EditorOptionsTest, ReadsARequestWithASingleDash)
+{
+    const EditorOptions options = parse({"a.level,b.curve.json", "-uniquePerApp", "--report", "r.json"});
+    EXPECT_EQ(options.resources, "a.level,b.curve.json");
+    EXPECT_TRUE(options.uniquePerApp);
+    EXPECT_EQ(options.report, "r.json");
+    EXPECT_EQ(parse({"--headless", "a b.level,"}).resources, "a b.level,");
+    EXPECT_FALSE(parse({"--headless", "a"}).uniquePerApp);
+}
+
+TEST(EditorOptionsTest, ReadsAPalette)
+{
+    const EditorOptions options =
+        parse({"--colors", "9", "--seed", "7", "--ban", "ff0000", "00FF7f", "--picture", "p.png"});
+    EXPECT_EQ(options.colors, 9U);
+    EXPECT_EQ(options.seed, 7U);
+    EXPECT_EQ(options.banned, (std::vector<std::uint32_t>{0xFF0000, 0x00FF7F}));
+    EXPECT_EQ(options.picture, "p.png");
+}
+
 TEST(EditorOptionsTest, HelpNeedsNothingElse)
 {
     EXPECT_TRUE(parse({"--help"}).help);
@@ -49,6 +69,13 @@ TEST(EditorOptionsTest, RefusesWhatMakesNoSense)
         {"--headless", "--level", "a", "--max-ticks", "1.5"},
         {"--headless", "--level", "a", "--lev", "b"},
         {"--headless", "--level", "a", "stray"},
+        {"a.level", "b.level"},
+        {"a.level", "--colors", "3"},
+        {"--colors", "-1"},
+        {"--colors", "9", "--seed", "4294967296"},
+        {"--headless", "--level", "a", "--max-ticks", "-1"},
+        {"--colors", "9", "--ban", "red"},
+        {"--colors", "9", "--ban", "0xFF00"},
         {"--headless", "--level", "a", "--unknown"},
     };
     for (const auto& arguments : wrong)

@@ -84,6 +84,11 @@ TEST(AssetRegistryTest, TheTypeIsThatOfTheExtension)
     EXPECT_EQ(registry.typeOf("A.CURVE"), "Curve");
     EXPECT_EQ(registry.typeOf("race.gpx"), "Track");
     EXPECT_EQ(registry.typeOf("a.b.curve"), "Curve");
+    registry.setType("json", "Data");
+    registry.setType("curve.json", "CurveData");
+    EXPECT_EQ(registry.typeOf("a.b.curve.JSON"), "CurveData");
+    EXPECT_EQ(registry.typeOf("a.json"), "Data");
+    EXPECT_EQ(registry.typeOf(".curve.json"), "Data");
 }
 
 TEST(AssetRegistryTest, PathsWithoutAKnownExtensionHaveNoType)
