@@ -238,7 +238,7 @@ void DebugMessageHelper::criticalMessage(const char* format, ...) const noexcept
     else if (length >= 0)
     {
         std::string text(static_cast<std::size_t>(length), '\0');
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
+        static_cast<void>(std::vsnprintf(text.data(), text.size() + 1, format, again));
         deliver(text, true);
     }
     else
