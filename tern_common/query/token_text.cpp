@@ -16,11 +16,27 @@ std::string_view valueOf(std::string_view text, const Query::Token& token)
     return text.substr(token.valuePos, token.valueLen);
 }
 
-std::uint64_t loadBytes(const char* from, std::size_t count) noexcept
+template <class Word>
+std::uint64_t load(const char* from) noexcept
 {
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, from, count);
-    return bytes;
+    Word word;
+    std::memcpy(&word, from, sizeof(word));
+    return word;
+}
+
+/// Up to eight bytes in one word, by reads of fixed size that may overlap; equal bytes make equal words.
+std::uint64_t loadUpToEight(const char* from, std::size_t count) noexcept
+{
+    if (count >= 4)
+    {
+        return load<std::uint32_t>(from) << 32U | load<std::uint32_t>(from + count - 4);
+    }
+    if (count == 0)
+    {
+        return 0;
+    }
+    return load<unsigned char>(from) << 16U | load<unsigned char>(from + count / 2) << 8U |
+           load<unsigned char>(from + count - 1);
 }
 
 std::uint64_t mix(std::uint64_t hash, std::uint64_t bytes) noexcept
@@ -29,72 +45,84 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t bytes) noexcept
     return hash ^ (hash >> 32U);
 }
 
-/// Eight bytes a step; values of queries are short.
+/// Eight bytes a step: most values of queries take one.
 std::uint32_t hashOf(std::int32_t type, std::string_view value) noexcept
 {
-    constexpr std::size_t WORD = sizeof(std::uint64_t);
+    constexpr std::size_t STEP = 8;
     const char* from = value.data();
     std::size_t left = value.size();
     std::uint64_t hash = mix(static_cast<std::uint32_t>(type), left);
-    for (; left > WORD; from += WORD, left -= WORD)
+    for (; left > STEP; from += STEP, left -= STEP)
     {
-        hash = mix(hash, loadBytes(from, WORD));
+        hash = mix(hash, load<std::uint64_t>(from));
     }
-    hash = mix(hash, loadBytes(from, left));
-    return static_cast<std::uint32_t>(mix(hash, 0));
+    return static_cast<std::uint32_t>(mix(hash, loadUpToEight(from, left)));
 }
 
-/// For each token, how many earlier ones equal it. A hash table of token numbers finds the newest of those.
-class EarlierEquals
+/// Whether token @p index is equal to the earlier one @p held.
+bool areEqual(std::string_view text, const Tokens& tokens, std::size_t held, std::size_t index)
 {
-public:
-    EarlierEquals(std::string_view text, const Tokens& tokens)
-        : m_text(text), m_tokens(tokens), m_table(std::bit_ceil(2 * tokens.size() + 1), NONE),
-          m_hashes(tokens.size()), m_counts(tokens.size())
+    return tokens[held].type == tokens[index].type &&
+           valueOf(text, tokens[held]) == valueOf(text, tokens[index]);
+}
+
+using Counts = std::vector<std::uint32_t>;
+
+/// Few tokens: comparing them all is quicker than making a table.
+bool countByPairs(std::string_view text, const Tokens& tokens, Counts& counts)
+{
+    bool any = false;
+    for (std::size_t index = 1; index < tokens.size(); ++index)
     {
-        for (std::uint32_t index = 0; index < tokens.size(); ++index)
+        for (std::size_t held = index; held-- > 0;)
         {
-            count(index);
+            if (areEqual(text, tokens, held, index))
+            {
+                counts[index] = counts[held] + 1; // the newest of the earlier ones has counted the rest
+                any = true;
+                break;
+            }
         }
     }
+    return any;
+}
 
-    bool any() const noexcept { return m_any; }
-    std::uint32_t of(std::size_t index) const noexcept { return m_counts[index]; }
-
-private:
-    static constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
-
-    void count(std::uint32_t index)
+/// Many tokens: a hash table of token numbers finds the newest of the earlier equals.
+bool countByTable(std::string_view text, const Tokens& tokens, Counts& counts)
+{
+    struct Place
     {
-        const std::string_view value = valueOf(m_text, m_tokens[index]);
-        m_hashes[index] = hashOf(m_tokens[index].type, value);
-        const std::size_t mask = m_table.size() - 1;
-        std::size_t place = m_hashes[index] & mask;
-        while (m_table[place] != NONE && !equals(m_table[place], index, value))
-        {
-            place = (place + 1) & mask;
-        }
-        if (m_table[place] != NONE)
-        {
-            m_counts[index] = m_counts[m_table[place]] + 1;
-            m_any = true;
-        }
-        m_table[place] = index;
-    }
-
-    bool equals(std::uint32_t held, std::uint32_t index, std::string_view value) const
+        std::uint32_t hash = 0;
+        std::uint32_t next = 0; // the token's number and 1; 0 while the place is free
+    };
+    std::vector<Place> table(std::bit_ceil(2 * tokens.size()));
+    const std::size_t mask = table.size() - 1;
+    bool any = false;
+    for (std::uint32_t index = 0; index < tokens.size(); ++index)
     {
-        return m_hashes[held] == m_hashes[index] && m_tokens[held].type == m_tokens[index].type &&
-               valueOf(m_text, m_tokens[held]) == value;
+        const std::uint32_t hash = hashOf(tokens[index].type, valueOf(text, tokens[index]));
+        std::size_t at = hash & mask;
+        while (table[at].next != 0 &&
+               (table[at].hash != hash || !areEqual(text, tokens, table[at].next - 1, index)))
+        {
+            at = (at + 1) & mask;
+        }
+        if (table[at].next != 0)
+        {
+            counts[index] = counts[table[at].next - 1] + 1;
+            any = true;
+        }
+        table[at] = {hash, index + 1};
     }
+    return any;
+}
 
-    std::string_view m_text;
-    const Tokens& m_tokens;
-    std::vector<std::uint32_t> m_table;
-    std::vector<std::uint32_t> m_hashes;
-    std::vector<std::uint32_t> m_counts;
-    bool m_any = false;
-};
+/// Counts for each token the earlier ones that equal it. False if no token is repeated.
+bool countEarlierEquals(std::string_view text, const Tokens& tokens, Counts& counts)
+{
+    constexpr std::size_t FEW = 24;
+    return tokens.size() <= FEW ? countByPairs(text, tokens, counts) : countByTable(text, tokens, counts);
+}
 
 /// A text that is made from its end towards its beginning. Its first byte is the top of a stack, so that
 /// erasing at the front is popping and every byte moves at most once.
@@ -129,6 +157,44 @@ private:
     std::size_t m_top;
 };
 
+/// Appends pieces of a text to a buffer that was made large enough for all of them. A short piece is copied
+/// in one step of fixed size, with what follows it: twice as fast as a call for each.
+class PieceWriter
+{
+public:
+    PieceWriter(std::string_view text, std::size_t capacity) : m_text(text), m_buffer(capacity + STEP, '\0')
+    {
+    }
+
+    void piece(std::size_t pos, std::size_t count) noexcept
+    {
+        const bool inOneStep = count <= STEP && m_text.size() - pos >= STEP;
+        char* const to = m_buffer.data() + m_size;
+        if (inOneStep)
+        {
+            std::memcpy(to, m_text.data() + pos, STEP);
+        }
+        else
+        {
+            std::memcpy(to, m_text.data() + pos, count);
+        }
+        m_size += count;
+    }
+    void space() noexcept { m_buffer[m_size++] = ' '; }
+    std::string take() &&
+    {
+        m_buffer.resize(m_size);
+        return std::move(m_buffer);
+    }
+
+private:
+    static constexpr std::size_t STEP = 16;
+
+    std::string_view m_text;
+    std::string m_buffer;
+    std::size_t m_size = 0;
+};
+
 } // namespace
 
 namespace TernCommonDetail
@@ -150,8 +216,7 @@ bool liesInOrder(std::size_t size, const Tokens& tokens) noexcept
 
 std::string withNormalSpaces(std::string_view text, const Tokens& tokens)
 {
-    std::string result;
-    result.reserve(text.size() + tokens.size());
+    PieceWriter result(text, text.size() + tokens.size());
     std::size_t copied = 0; // what lies behind this is copied when a gap that is out of order ends the run
     for (std::size_t index = 0; index < tokens.size(); ++index)
     {
@@ -162,20 +227,21 @@ std::string withNormalSpaces(std::string_view text, const Tokens& tokens)
         {
             continue;
         }
-        result.append(text, copied, end - copied);
+        result.piece(copied, end - copied);
         if (wantsSpace)
         {
-            result.push_back(' ');
+            result.space();
         }
         copied = next;
     }
-    return result.append(text, copied);
+    result.piece(copied, text.size() - copied);
+    return std::move(result).take();
 }
 
 std::string withoutRepetitions(std::string_view text, const Tokens& tokens)
 {
-    const EarlierEquals earlier(text, tokens);
-    if (!earlier.any())
+    Counts counts(tokens.size());
+    if (!countEarlierEquals(text, tokens, counts))
     {
         return std::string(text);
     }
@@ -183,7 +249,7 @@ std::string withoutRepetitions(std::string_view text, const Tokens& tokens)
     std::size_t copied = text.size();
     for (std::size_t index = tokens.size(); index-- > 0;)
     {
-        std::uint32_t erasures = earlier.of(index);
+        std::uint32_t erasures = counts[index];
         if (erasures == 0)
         {
             continue;

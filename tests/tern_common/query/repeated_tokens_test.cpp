@@ -35,18 +35,21 @@ struct Tokenized
 /// a value that is only a part of them or lies elsewhere.
 Tokenized randomText(Random& random)
 {
-    static const std::vector<std::string> words{"a", "b", "ab", "", "aa", "\"a\"", "long word, longer still"};
+    static const std::vector<std::string> words{
+        "a",  "b",    "ab",    "",         "aa",        "\"a\"",      "long word, longer still",
+        "ba", "wxyz", "wxxyz", "12345678", "123456789", "12345678901"};
     static const std::vector<std::string> gaps{" ", " ", " ", "", "  ", "\t", " , ", "   "};
     const std::size_t variety = 1 + below(random, words.size());
     const std::size_t gapVariety = 1 + below(random, gaps.size());
 
     Tokenized result;
     result.text = gaps[below(random, gaps.size())];
-    for (std::size_t count = below(random, 13); count > 0; --count)
+    const bool many = below(random, 5) == 0; // enough for the table of tokens
+    for (std::size_t count = many ? 25 + below(random, 20) : below(random, 13); count > 0; --count)
     {
         const std::string& word = words[below(random, variety)];
         const std::size_t pos = result.text.size();
-        const bool quoted = word.size() == 3;
+        const bool quoted = word == "\"a\"";
         result.tokens.push_back({static_cast<int>(below(random, 8) == 0), pos, word.size(),
                                  quoted ? pos + 1 : pos, quoted ? 1 : word.size()});
         result.text += word + gaps[below(random, gapVariety)];
@@ -129,7 +132,7 @@ TEST(RepeatedTokensTest, NormalSpacesInOnePassAreThoseMadeTokenByToken)
 TEST(RepeatedTokensTest, LongTextsOfManyEqualTokensAgreeToo)
 {
     Random random(randomSeed());
-    for (const std::size_t count : {100U, 400U})
+    for (const std::size_t count : {24U, 25U, 100U, 400U})
     {
         Tokenized input;
         for (std::size_t index = 0; index < count; ++index)
