@@ -30,7 +30,7 @@ public:
             qua::Signal<Signature>* none = nullptr;
             if (m_signal.compare_exchange_strong(none, made.get()))
             {
-                made.release();
+                static_cast<void>(made.release()); // the pointer owns it now
             }
         }
         return m_signal.load()->connect(std::move(slot));

@@ -176,16 +176,17 @@ bool Query::insertTokenString(std::size_t pos, std::string token)
     {
         return false;
     }
-    const bool spaceBefore = pos != 0 && m_queryString[pos - 1] != SPACE;
-    const bool spaceBehind = pos == m_queryString.size() || m_queryString[pos] != SPACE;
-
+    if (pos != 0 && m_queryString[pos - 1] != SPACE)
+    {
+        token.insert(token.begin(), SPACE);
+    }
+    if (pos == m_queryString.size() || m_queryString[pos] != SPACE)
+    {
+        token.push_back(SPACE);
+    }
     std::string text;
-    text.reserve(m_queryString.size() + token.size() + 2);
-    text.append(m_queryString, 0, pos);
-    text.append(spaceBefore ? 1 : 0, SPACE);
-    text.append(token);
-    text.append(spaceBehind ? 1 : 0, SPACE);
-    text.append(m_queryString, pos);
+    text.reserve(m_queryString.size() + token.size());
+    text.append(m_queryString, 0, pos).append(token).append(m_queryString, pos);
     return setEditedString(std::move(text));
 }
 
@@ -275,10 +276,10 @@ std::string Query::withNormalSpacesByToken() const
 {
     std::string text = m_queryString;
     std::size_t next = text.size();
-    for (auto token = m_tokens.rbegin(); token != m_tokens.rend(); ++token)
+    for (std::size_t index = m_tokens.size(); index-- > 0;)
     {
-        normalizeGap(text, *token, next);
-        next = token->pos;
+        normalizeGap(text, m_tokens[index], next);
+        next = m_tokens[index].pos;
     }
     return text;
 }
