@@ -2,7 +2,9 @@
 
 #include <boost/program_options.hpp>
 
+#include <charconv>
 #include <sstream>
+#include <system_error>
 
 namespace po = boost::program_options;
 
@@ -21,8 +23,10 @@ po::options_description describeOptions()
         ("script", po::value<Names>()->value_name("FILE...")->multitoken()->composing(),
          "Run these command scripts on the level, one after another.") //
         ("save", po::value<std::string>()->value_name("FILE"),
-         "Save the level there at the end. The file is replaced as a whole or not at all.") //
-        ("max-ticks", po::value<std::uint64_t>()->value_name("N")->default_value(EditorOptions().maxTicks),
+         "Save the level there at the end, if nothing went wrong. The file is replaced as a whole or not at "
+         "all.") //
+        ("max-ticks",
+         po::value<std::string>()->value_name("N")->default_value(std::to_string(EditorOptions().maxTicks)),
          "Give up after so many ticks.") //
         ("trace", po::value<std::string>()->value_name("FILE"),
          "Write a profile of the run, for about:tracing or Perfetto.");
@@ -37,6 +41,19 @@ std::filesystem::path pathOf(const std::string& name)
 std::optional<std::filesystem::path> optionalPath(const po::variables_map& values, const char* name)
 {
     return values.count(name) == 0 ? std::nullopt : std::optional(pathOf(values[name].as<std::string>()));
+}
+
+/// Not left to the option library, to which "-1" is a very large number.
+std::uint64_t parseTicks(const std::string& text)
+{
+    std::uint64_t ticks = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, ticks);
+    if (error != std::errc() || next != end)
+    {
+        throw CommandLineError("--max-ticks takes a number of ticks, which \"" + text + "\" is not");
+    }
+    return ticks;
 }
 
 } // namespace
@@ -66,7 +83,7 @@ EditorOptions parseCommandLine(int argc, const char* const* argv)
     options.level = optionalPath(values, "level");
     options.save = optionalPath(values, "save");
     options.trace = optionalPath(values, "trace");
-    options.maxTicks = values["max-ticks"].as<std::uint64_t>();
+    options.maxTicks = parseTicks(values["max-ticks"].as<std::string>());
     if (values.count("script") != 0)
     {
         for (const std::string& script : values["script"].as<Names>())
