@@ -157,8 +157,8 @@ void HeadlessSession::tickUntilDone()
     if (!m_system.isIdle())
     {
         const std::string where =
-            m_started == 0 ? "before the first command" : m_scripts.describe(m_system.startedLine());
-        complain("gave up after " + count(m_ticks, "tick") + " at " + where + " (" +
+            m_started == 0 ? "before the first command" : "at " + m_scripts.describe(m_system.startedLine());
+        complain("gave up after " + count(m_ticks, "tick") + " " + where + " (" +
                  count(m_system.queuedCommandCount(), "command") + " not started)");
     }
 }
@@ -208,9 +208,17 @@ void HeadlessSession::saveLevel()
         return;
     }
     KODO_PROFILE_SCOPE("HeadlessSession::saveLevel");
+    m_foreignReports.drain();
+    const LevelData& level = m_commands.level().data();
+    // Half of what was asked for may be worse than nothing, and it may go over the original.
+    if (m_complaints != 0)
+    {
+        complain(displayName(*m_options.save) + ": not saved: " + count(m_complaints, "report"));
+        return;
+    }
     try
     {
-        writeLevelFile(*m_options.save, m_commands.level().data());
+        writeLevelFile(*m_options.save, level);
         m_out << displayName(*m_options.save) << ": saved\n";
     }
     catch (const FileError& error)
