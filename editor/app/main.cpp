@@ -46,13 +46,13 @@ int main(int argc, char** argv)
 {
     try
     {
-        readTextAsUtf8();
         const EditorOptions options = parseCommandLine(argc, argv);
         if (options.help)
         {
             std::cout << helpText();
             return outputArrived() ? 0 : 1;
         }
+        readTextAsUtf8(); // not before: the names on the command line are in the system's encoding
         const int result = HeadlessSession(options, std::cout, std::cerr).run();
         return outputArrived() ? result : 1;
     }
