@@ -33,7 +33,8 @@ public:
         virtual std::future<void> invoke(std::size_t argc, const vell::Variant* argv) = 0;
     };
 
-    /// The wrapper of a callable of type @p Callable whose signature is @p Signature.
+    /// The wrapper of a callable of type @p Callable that is called as @p Signature says:
+    /// std::future<void>(Args...).
     template <class Callable, class Signature>
     class Wrapper;
 
@@ -75,28 +76,26 @@ struct NameHash
 };
 
 template <class Result, class... Args>
-struct Signature;
+std::type_identity<Result(Args...)> signatureOf(Result (*)(Args...));
+template <class Object, class Result, class... Args>
+std::type_identity<Result(Args...)> signatureOf(Result (Object::*)(Args...));
+template <class Object, class Result, class... Args>
+std::type_identity<Result(Args...)> signatureOf(Result (Object::*)(Args...) const);
+template <class Object, class Result, class... Args>
+std::type_identity<Result(Args...)> signatureOf(Result (Object::*)(Args...) &);
+template <class Object, class Result, class... Args>
+std::type_identity<Result(Args...)> signatureOf(Result (Object::*)(Args...) const&);
 
-template <class Result, class... Args>
-Signature<Result, Args...> signatureOf(Result (*)(Args...));
-template <class Object, class Result, class... Args>
-Signature<Result, Args...> signatureOf(Result (Object::*)(Args...));
-template <class Object, class Result, class... Args>
-Signature<Result, Args...> signatureOf(Result (Object::*)(Args...) const);
-template <class Object, class Result, class... Args>
-Signature<Result, Args...> signatureOf(Result (Object::*)(Args...) &);
-template <class Object, class Result, class... Args>
-Signature<Result, Args...> signatureOf(Result (Object::*)(Args...) const&);
-
+/// The type of the call that a callable offers, such as std::future<void>(int).
 template <class Callable>
 struct SignatureOf
 {
-    using Type = decltype(signatureOf(&Callable::operator()));
+    using Type = typename decltype(signatureOf(&Callable::operator()))::type;
 };
 template <class Function>
 struct SignatureOf<Function*>
 {
-    using Type = decltype(signatureOf(static_cast<Function*>(nullptr)));
+    using Type = typename decltype(signatureOf(static_cast<Function*>(nullptr)))::type;
 };
 
 } // namespace TernCommonDetail
@@ -141,8 +140,7 @@ private:
 };
 
 template <class Callable, class Result, class... Args>
-class Command::Wrapper<Callable, TernCommonDetail::Signature<Result, Args...>> final
-    : public Command::WrapperBase
+class Command::Wrapper<Callable, Result(Args...)> final : public Command::WrapperBase
 {
     static_assert(std::is_same_v<Result, std::future<void>>, "a command returns std::future<void>");
     static_assert(((!std::is_lvalue_reference_v<Args> ||

@@ -48,7 +48,9 @@ public:
     /// The names in order, as UTF-8; complete when the result is PARSED, and then not empty. May be moved
     /// from.
     std::vector<std::string>& path() noexcept { return m_storage.path; }
+    const std::vector<std::string>& path() const noexcept { return m_storage.path; }
     std::vector<vell::Variant>& args() noexcept { return m_storage.args; }
+    const std::vector<vell::Variant>& args() const noexcept { return m_storage.args; }
 
     /// Gives the memory back; the parser is used up.
     Storage takeStorage() noexcept { return std::move(m_storage); }

@@ -23,9 +23,14 @@ po::options_description describeLevelOptions()
         ("script", po::value<Names>()->value_name("FILE...")->multitoken()->composing(),
          "Run these command scripts on the level, one after another.") //
         ("save", po::value<std::string>()->value_name("FILE"),
-         "Save the level there at the end. The file is replaced as a whole or not at all.") //
+         "Save the level there at the end: over the level's own file only if nothing went wrong. The file is "
+         "replaced as a whole or not at all.") //
         ("max-ticks", po::value<Number>()->value_name("N")->default_value(1000000),
          "Give up after so many ticks.") //
+        ("find", po::value<std::string>()->value_name("QUERY"),
+         "At the end, list the items that match: words of their names, \"quoted text\", key:value, and any "
+         "of "
+         "these with a - in front. Write --find=QUERY where it begins with a dash.") //
         ("trace", po::value<std::string>()->value_name("FILE"),
          "Write a profile of the run, for about:tracing or Perfetto.");
     return options;
@@ -147,6 +152,10 @@ EditorOptions toOptions(const po::variables_map& values)
         options.scripts.push_back(pathOf(script));
     }
     options.save = optionalPath(values, "save");
+    if (values.count("find") != 0)
+    {
+        options.find = values["find"].as<std::string>();
+    }
     options.trace = optionalPath(values, "trace");
     options.maxTicks =
         static_cast<std::uint64_t>(numberOf(values, "max-ticks", std::numeric_limits<Number>::max()));

@@ -26,6 +26,7 @@ struct EditorOptions
     std::optional<std::filesystem::path> level;
     std::vector<std::filesystem::path> scripts;
     std::optional<std::filesystem::path> save;
+    std::optional<std::string> find;
     std::optional<std::filesystem::path> trace;
     std::uint64_t maxTicks = 1000000;
 };

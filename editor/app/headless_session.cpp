@@ -1,5 +1,6 @@
 #include "editor/app/headless_session.hpp"
 
+#include "editor/app/find_items.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
 #include "kodo/core/main_thread_tracker.hpp"
@@ -66,6 +67,7 @@ int HeadlessSession::run()
     {
         queueScripts();
         tickUntilDone();
+        findMatchingItems();
         saveLevel();
         summarize();
     }
@@ -157,8 +159,8 @@ void HeadlessSession::tickUntilDone()
     if (!m_system.isIdle())
     {
         const std::string where =
-            m_started == 0 ? "before the first command" : m_scripts.describe(m_system.startedLine());
-        complain("gave up after " + count(m_ticks, "tick") + " at " + where + " (" +
+            m_started == 0 ? "before the first command" : "at " + m_scripts.describe(m_system.startedLine());
+        complain("gave up after " + count(m_ticks, "tick") + " " + where + " (" +
                  count(m_system.queuedCommandCount(), "command") + " not started)");
     }
 }
@@ -201,6 +203,32 @@ void HeadlessSession::announce()
     m_notAnnounced = m_system.queuedCommandCount();
 }
 
+void HeadlessSession::findMatchingItems()
+{
+    if (!m_options.find)
+    {
+        return;
+    }
+    KODO_PROFILE_SCOPE("HeadlessSession::findMatchingItems");
+    FilterQuery query;
+    if (!query.setQueryString(*m_options.find))
+    {
+        complain("--find: the query holds a control character");
+        return;
+    }
+    for (const FilterMark& mark : query.marks())
+    {
+        complain("--find: " + describe(mark));
+    }
+    const LevelData& level = m_commands.level().data();
+    const std::vector<std::size_t> found = findItems(level, query);
+    for (const std::size_t index : found)
+    {
+        m_out << "found: " << describe(level.items[index]) << '\n';
+    }
+    m_out << "found " << found.size() << " of " << count(level.items.size(), "item") << '\n';
+}
+
 void HeadlessSession::saveLevel()
 {
     if (!m_options.save)
@@ -208,9 +236,19 @@ void HeadlessSession::saveLevel()
         return;
     }
     KODO_PROFILE_SCOPE("HeadlessSession::saveLevel");
+    m_foreignReports.drain();
+    const LevelData& level = m_commands.level().data();
+    std::error_code ignored;
+    if (m_complaints != 0 && fs::equivalent(*m_options.save, *m_options.level, ignored))
+    {
+        // Half of what was asked for must not take the place of the original.
+        complain(displayName(*m_options.save) +
+                 ": not saved over the level it came from: " + count(m_complaints, "report"));
+        return;
+    }
     try
     {
-        writeLevelFile(*m_options.save, m_commands.level().data());
+        writeLevelFile(*m_options.save, level);
         m_out << displayName(*m_options.save) << ": saved\n";
     }
     catch (const FileError& error)

@@ -32,6 +32,7 @@ private:
     void sayInfo(const std::string& text);
     /// Says which command was started, once, before anything that it leads to is said.
     void announce();
+    void findMatchingItems();
     void saveLevel();
     void summarize();
 

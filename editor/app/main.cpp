@@ -8,9 +8,40 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <locale>
+#include <stdexcept>
 
 namespace
 {
+
+/// Scripts are UTF-8, in whatever language the user's system runs: the command system reads them with the
+/// global locale. Numbers and messages stay as in the classic one. Where there is no such locale, scripts are
+/// ASCII.
+void readTextAsUtf8()
+{
+    for (const char* const name : {"C.UTF-8", ".UTF-8"})
+    {
+        try
+        {
+            std::locale::global(std::locale(std::locale::classic(), name, std::locale::ctype));
+            return;
+        }
+        catch (const std::runtime_error&) // not known to this system
+        {
+        }
+    }
+}
+
+/// Says so where what was printed is lost, as on a full disk.
+bool outputArrived()
+{
+    if (std::cout.flush())
+    {
+        return true;
+    }
+    std::cerr << "tern_editor: the output cannot be written\n";
+    return false;
+}
 
 int runPaletteJob(const EditorOptions& options)
 {
@@ -25,6 +56,19 @@ int runPaletteJob(const EditorOptions& options)
     return runPalette(palette, std::cout) ? 0 : 1;
 }
 
+int runJob(const EditorOptions& options, const char* program)
+{
+    if (!options.resources.empty())
+    {
+        return runOpenSession(options, program, std::cout, std::cerr);
+    }
+    if (options.colors)
+    {
+        return runPaletteJob(options);
+    }
+    return HeadlessSession(options, std::cout, std::cerr).run();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -35,17 +79,11 @@ int main(int argc, char** argv)
         if (options.help)
         {
             std::cout << helpText();
-            return 0;
+            return outputArrived() ? 0 : 1;
         }
-        if (!options.resources.empty())
-        {
-            return runOpenSession(options, argv[0], std::cout, std::cerr);
-        }
-        if (options.colors)
-        {
-            return runPaletteJob(options);
-        }
-        return HeadlessSession(options, std::cout, std::cerr).run();
+        readTextAsUtf8(); // not before: the names on the command line are in the system's encoding
+        const int result = runJob(options, argv[0]);
+        return outputArrived() ? result : 1;
     }
     catch (const CommandLineError& error)
     {

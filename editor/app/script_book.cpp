@@ -3,11 +3,20 @@
 #include "editor/files/file_error.hpp"
 #include "kodo/core/string_conversion.hpp"
 
+#include <algorithm>
 #include <sstream>
 
 void ScriptBook::add(const std::filesystem::path& script)
 {
-    std::istringstream text(readWholeFile(script));
+    const std::string bytes = readWholeFile(script);
+    const std::string valid = Kodo::wideToUtf8(Kodo::utf8ToWide(bytes));
+    if (valid != bytes)
+    {
+        const auto wrong = std::mismatch(bytes.begin(), bytes.end(), valid.begin(), valid.end()).first;
+        throw FileError(script, positionAt(bytes, static_cast<std::size_t>(wrong - bytes.begin())),
+                        "a script must be UTF-8");
+    }
+    std::istringstream text(bytes);
     std::vector<std::string> lines;
     for (std::string line; std::getline(text, line);)
     {

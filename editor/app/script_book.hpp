@@ -11,8 +11,8 @@
 class ScriptBook
 {
 public:
-    /// Reads the script's lines. Throws FileError where it cannot be read, which the command system keeps
-    /// silent.
+    /// Reads the script's lines. Throws FileError where it cannot be read or is not UTF-8, which the command
+    /// system keeps silent.
     void add(const std::filesystem::path& script);
 
     /// "script:line: text", as much of it as is known.

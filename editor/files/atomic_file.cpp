@@ -51,8 +51,7 @@ private:
 
 void replaceTarget(const fs::path& target, std::string_view bytes)
 {
-    fs::path beside = target;
-    beside += L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    const fs::path beside = target.parent_path() / (L".tern_save." + std::to_wstring(GetCurrentProcessId()));
     const HANDLE handle =
         CreateFileW(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
@@ -113,7 +112,8 @@ void replaceTarget(const fs::path& target, std::string_view bytes)
 {
     fs::path directory = target.parent_path();
     directory = directory.empty() ? fs::path(".") : directory;
-    std::string beside = (directory / ("." + target.filename().string() + ".XXXXXX")).string();
+    // Not named after the file, whose own name may be as long as the system allows.
+    std::string beside = (directory / ".tern_save.XXXXXX").string();
 
     Descriptor file(::mkostemp(beside.data(), O_CLOEXEC));
     if (file.get() < 0)
@@ -166,16 +166,38 @@ void replaceTarget(const fs::path& target, std::string_view bytes)
 
 #endif
 
+/// Where a write to @p file ends: links are followed, the last one to a file that need not be there.
+fs::path followLinks(const fs::path& file)
+{
+    constexpr int MOST_LINKS = 40;
+    fs::path target = file;
+    std::error_code error;
+    for (int links = 0; fs::is_symlink(fs::symlink_status(target, error)); ++links)
+    {
+        const fs::path next = fs::read_symlink(target, error);
+        if (error || links == MOST_LINKS)
+        {
+            throw FileError(file, "cannot be saved: its links lead nowhere");
+        }
+        target = target.parent_path() / next;
+    }
+    return target;
+}
+
 } // namespace
 
 void replaceFile(const fs::path& file, std::string_view bytes)
 {
+    const fs::path target = followLinks(file);
     std::error_code error;
-    const bool isLink = fs::is_symlink(fs::symlink_status(file, error));
-    const fs::path target = isLink ? fs::weakly_canonical(file, error) : file;
-    if (target.empty() || target.filename().empty() || fs::is_directory(target, error))
+    const fs::file_status status = fs::status(target, error);
+    if (target.filename().empty() || fs::is_directory(status))
     {
         throw FileError(file, "cannot be saved: this is no file's name");
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) // a device's node would give way to the file
+    {
+        throw FileError(file, "cannot be saved: this is no regular file");
     }
     replaceTarget(target, bytes);
 }

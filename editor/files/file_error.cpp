@@ -41,6 +41,10 @@ std::string readWholeFile(const fs::path& file)
     {
         throw FileError(file, "is a directory");
     }
+    if (fs::exists(status) && !fs::is_regular_file(status)) // a pipe may wait, a device may never end
+    {
+        throw FileError(file, "is no regular file");
+    }
     errno = 0;
     std::ifstream stream(file, std::ios::binary);
     if (!stream)

@@ -11,6 +11,7 @@
 #if !defined(_WIN32)
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #endif
 
 namespace fs = std::filesystem;
@@ -68,7 +69,57 @@ TEST(AtomicFileTest, RefusesWhatIsNoFile)
     EXPECT_THROW(replaceFile("", "x"), FileError);
 }
 
+TEST(AtomicFileTest, WritesThroughALinkWhoseTargetIsNotThereYet)
+{
+    const TemporaryDirectory directory;
+    fs::create_symlink("real", directory.path() / "middle");
+    fs::create_symlink("middle", directory.path() / "link");
+    replaceFile(directory.path() / "link", "after");
+    EXPECT_TRUE(fs::is_symlink(directory.path() / "link"));
+    EXPECT_TRUE(fs::is_symlink(directory.path() / "middle"));
+    EXPECT_EQ(readFile(directory.path() / "real"), "after");
+}
+
+TEST(AtomicFileTest, RefusesALinkToItself)
+{
+    const TemporaryDirectory directory;
+    fs::create_symlink("link", directory.path() / "link");
+    EXPECT_THROW(replaceFile(directory.path() / "link", "x"), FileError);
+    EXPECT_TRUE(fs::is_symlink(directory.path() / "link"));
+}
+
 #if !defined(_WIN32)
+TEST(AtomicFileTest, AFilesNameMayBeAsLongAsTheSystemAllows)
+{
+    const TemporaryDirectory directory;
+    const fs::path file = directory.path() / std::string(255, 'n');
+    replaceFile(file, "text");
+    EXPECT_EQ(readFile(file), "text");
+}
+
+TEST(AtomicFileTest, APipeOrADeviceIsNotReplaced)
+{
+    const TemporaryDirectory directory;
+    const fs::path pipe = directory.path() / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_THROW(replaceFile(pipe, "x"), FileError);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    fs::create_symlink(pipe, directory.path() / "link");
+    EXPECT_THROW(replaceFile(directory.path() / "link", "x"), FileError);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    EXPECT_EQ(fileCount(directory.path()), 2U);
+}
+
+TEST(AtomicFileTest, OnlyARegularFileIsRead)
+{
+    const TemporaryDirectory directory;
+    const fs::path pipe = directory.path() / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_THROW(readWholeFile(pipe), FileError); // without waiting for someone to write into it
+    EXPECT_THROW(readWholeFile("/dev/zero"), FileError);
+    EXPECT_THROW(readWholeFile(directory.path()), FileError);
+}
+
 TEST(AtomicFileTest, AFullDiskLeavesTheOldFile)
 {
     const TemporaryDirectory directory;

@@ -67,6 +67,8 @@ TEST(EditorOptionsTest, RefusesWhatMakesNoSense)
         {"--headless", "--level", "a", "--level", "b"},
         {"--headless", "--level", "a", "--max-ticks", "many"},
         {"--headless", "--level", "a", "--max-ticks", "1.5"},
+        {"--headless", "--level", "a", "--max-ticks", "-1"},
+        {"--headless", "--level", "a", "--max-ticks", "18446744073709551616"},
         {"--headless", "--level", "a", "--lev", "b"},
         {"--headless", "--level", "a", "stray"},
         {"a.level", "b.level"},

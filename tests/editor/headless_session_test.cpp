@@ -1,5 +1,6 @@
 #include "editor/app/headless_session.hpp"
 
+#include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
 #include "tests/support/reports.hpp"
 #include "tests/support/temporary_directory.hpp"
@@ -102,7 +103,8 @@ TEST_F(HeadlessSessionTest, AnImportAtTheEndIsSavedAsWell)
 TEST_F(HeadlessSessionTest, ACurvesCommandsGoWithItWhileCommandsAreQueued)
 {
     EXPECT_EQ(run("level.removeCurve(\"quay\")\ncurves.quay.addPoint(\"0 0 0\")\nlevel.addCurve(\"quay\")\n"
-                  "curves.quay.addPoint(\"1 1 1\")\n"),
+                  "curves.quay.addPoint(\"1 1 1\")\nlevel.save(\"" +
+                  m_options.save->string() + "\")\n"),
               1);
     EXPECT_TRUE(
         errors().starts_with("error: s.txt:2: curves.quay.addPoint(\"0 0 0\"): ASSERTION FAILED: object at "))
@@ -143,6 +145,7 @@ TEST_F(HeadlessSessionTest, AFailingCommandIsReportedWithItsLineAndTheRestRuns)
 
 TEST_F(HeadlessSessionTest, AScriptWithAWrongLineIsNotRunAndTheLineIsNamed)
 {
+    m_options.save.reset();
     EXPECT_EQ(run("log.info(\"a\")\nwait(-1)\n"), 1);
     EXPECT_EQ(errors(), "error: s.txt:2: wait(-1): Unexpected character\n");
     EXPECT_EQ(m_out.str().find("info: "), std::string::npos);
@@ -170,8 +173,18 @@ TEST_F(HeadlessSessionTest, ScriptsThatCannotBeReadAreNamed)
 TEST_F(HeadlessSessionTest, ACommandThatIsNeverDoneIsNamedWhenTheTicksRunOut)
 {
     m_options.maxTicks = 20;
+    m_options.save.reset();
     EXPECT_EQ(run("log.info(\"a\")\nwait(1000)\nlog.info(\"b\")\nlog.info(\"c\")\n"), 1);
     EXPECT_EQ(errors(), "error: gave up after 20 ticks at s.txt:2: wait(1000) (2 commands not started)\n");
+}
+
+TEST_F(HeadlessSessionTest, WithoutTicksNoCommandIsStarted)
+{
+    m_options.maxTicks = 0;
+    EXPECT_EQ(run("log.info(\"a\")\n"), 1);
+    EXPECT_TRUE(errors().starts_with(
+        "error: gave up after 0 ticks before the first command (1 command not started)\n"))
+        << errors();
 }
 
 TEST_F(HeadlessSessionTest, ScriptsRunOneAfterAnother)
@@ -190,6 +203,48 @@ TEST_F(HeadlessSessionTest, ALevelThatCannotBeReadIsLeftAlone)
     EXPECT_EQ(errors(),
               "error: a.level:2:11: version 2 is newer than version 1, the latest that this editor reads\n");
     EXPECT_EQ(readFile(*m_options.level), "{\"format\":\"tern-level\",\n\"version\":2}");
+}
+
+TEST_F(HeadlessSessionTest, WhatWasDoneIsSavedElsewhereAlsoWhenSomethingWentWrong)
+{
+    EXPECT_EQ(run("level.addCurve(\"road\")\nlevel.nothing()\ncurves.road.addPoint(\"1 2 3\")\n"), 1);
+    ASSERT_EQ(saved().curves.size(), 2U);
+    EXPECT_EQ(saved().curves[1].points.size(), 1U);
+}
+
+TEST_F(HeadlessSessionTest, ALevelIsNotSavedOverByARunThatWentWrong)
+{
+    m_options.save = m_options.level;
+    const std::string before = readFile(*m_options.level);
+    for (const char* script :
+         {"level.addCurve(\"road\")\nlevel.nothing()\n",
+          "level.addCurve(\"road\")\ncurves.absent.addPoint(\"0 0 0\")\n",
+          "level.addCurve(\"road\")\nlevel.addCurve(\"road\")\n", "level.addCurve(\"road\")\nwait(-1)\n"})
+    {
+        SCOPED_TRACE(script);
+        EXPECT_EQ(run(script), 1);
+        EXPECT_EQ(readFile(*m_options.level), before);
+        EXPECT_TRUE(errors().ends_with("error: a.level: not saved over the level it came from: 1 report\n"))
+            << errors();
+    }
+    EXPECT_EQ(run("level.addCurve(\"road\")\n"), 0);
+    EXPECT_EQ(saved().curves.size(), 2U);
+}
+
+#if !defined(_WIN32)
+TEST_F(HeadlessSessionTest, AScriptThatIsNoFileIsNotRun)
+{
+    m_options.scripts = {"/dev/zero"};
+    EXPECT_EQ(run(), 1);
+    EXPECT_TRUE(errors().starts_with("error: /dev/zero: is no regular file\n")) << errors();
+}
+#endif
+
+TEST_F(HeadlessSessionTest, AScriptThatIsNotUtf8IsNotRun)
+{
+    EXPECT_EQ(run("log.info(\"a\")\nlog.info(\"\xE9\")\nlog.info(\"b\")\n"), 1);
+    EXPECT_TRUE(errors().starts_with("error: s.txt:2:11: a script must be UTF-8\n")) << errors();
+    EXPECT_EQ(m_out.str().find("info: "), std::string::npos);
 }
 
 TEST_F(HeadlessSessionTest, AFailedSaveIsReported)
@@ -214,16 +269,81 @@ TEST_F(HeadlessSessionTest, ATraceHoldsTheRun)
     EXPECT_EQ(names.count("level.save"), 1U);
 }
 
+/// The items of the sample that a query lists, each on its line.
+class FindTest : public HeadlessSessionTest
+{
+protected:
+    std::vector<std::string> find(const std::string& query)
+    {
+        m_options.level = TERN_SAMPLES_DIR "/harbour.level";
+        m_options.save.reset();
+        m_options.find = query;
+        m_exitCode = run();
+        std::istringstream lines(m_out.str());
+        std::vector<std::string> names;
+        for (std::string line; std::getline(lines, line);)
+        {
+            if (line.starts_with("found: \""))
+            {
+                names.push_back(line.substr(8, line.find('"', 8) - 8));
+            }
+        }
+        return names;
+    }
+
+    using Names = std::vector<std::string>;
+    int m_exitCode = -1;
+};
+
+TEST_F(FindTest, ListsTheItemsThatMatchEveryTerm)
+{
+    EXPECT_EQ(find("type:vehicle -tier:2 \"heavy loader\""), (Names{"heavy loader"}));
+    EXPECT_EQ(find("type:vehicle"), (Names{"heavy loader", "light loader"}));
+    EXPECT_EQ(find("type:vehicle -tier:1"), (Names{"heavy loader"}));
+    EXPECT_EQ(find("crane -north"), (Names{"south crane"}));
+    EXPECT_EQ(find("").size(), 5U);
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(find("type:plane"), Names{});
+    EXPECT_NE(m_out.str().find("found 0 of 5 items"), std::string::npos);
+    EXPECT_EQ(m_exitCode, 0);
+}
+
+TEST_F(FindTest, ShowsWhatAnItemHas)
+{
+    find("tug");
+    EXPECT_NE(m_out.str().find("found: \"tug\" type:ship at 50 0 -12 draught:3.2\n"), std::string::npos)
+        << m_out.str();
+}
+
+TEST_F(FindTest, SaysWhatIsWrongWithAQueryAndWhere)
+{
+    EXPECT_EQ(find("crane type: \"north").size(), 1U);
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(errors(), "error: --find: column 7: a key without a value\n"
+                        "error: --find: column 13: a quote that is not closed\n");
+    find("a\x01" "b");
+    EXPECT_EQ(errors(), "error: --find: the query holds a control character\n");
+}
+
 /// The exit code of the real program.
-int runProgram(const std::string& arguments)
+int runProgram(const std::string& arguments, const std::string& output = "/dev/null")
 {
     const int status =
-        std::system((std::string(TERN_EDITOR_PROGRAM) + " " + arguments + " >/dev/null 2>&1").c_str());
+        std::system((std::string(TERN_EDITOR_PROGRAM) + " " + arguments + " >" + output + " 2>&1").c_str());
 #if defined(_WIN32)
     return status;
 #else
     return WEXITSTATUS(status);
 #endif
+}
+
+TEST_F(HeadlessSessionTest, TheProgramReadsItsScriptsAsUtf8)
+{
+    const fs::path copy = m_directory.path() / u8"gr\u00f6\u00dfe.level";
+    const std::string script =
+        m_directory.write("utf8.txt", "level.save(\"" + displayName(copy) + "\")\n").string();
+    EXPECT_EQ(runProgram("--headless --level " + m_options.level->string() + " --script " + script), 0);
+    EXPECT_TRUE(fs::exists(copy));
 }
 
 TEST_F(HeadlessSessionTest, TheProgramsExitCodeTellsTheOutcome)
@@ -236,6 +356,10 @@ TEST_F(HeadlessSessionTest, TheProgramsExitCodeTellsTheOutcome)
     EXPECT_EQ(runProgram("--headless --level " + level + ".absent"), 1);
     EXPECT_EQ(runProgram("--headless --level " + level + " --nonsense"), 2);
     EXPECT_EQ(runProgram("--help"), 0);
+    EXPECT_EQ(runProgram("--headless --level " + level + " --find=-type:vehicle"), 0);
+#if defined(__linux__)
+    EXPECT_EQ(runProgram("--headless --level " + level + " --script " + good, "/dev/full"), 1);
+#endif
 }
 
 } // namespace

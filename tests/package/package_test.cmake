@@ -30,7 +30,7 @@ if(NOT WIN32)
     file(GLOB_RECURSE pc ${prefix}/*/tern_common.pc)
     cmake_path(GET pc PARENT_PATH pc_dir)
     set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-    run(pkg-config --cflags --libs --define-prefix tern_common)
+    run(pkg-config --cflags --libs --dont-define-prefix tern_common) # whether or not it would guess the prefix
     separate_arguments(flags UNIX_COMMAND "${output}")
     separate_arguments(extra UNIX_COMMAND "${CXX_FLAGS}")
     cmake_path(GET pc_dir PARENT_PATH lib_dir)

@@ -221,6 +221,20 @@ TEST(CommandTest, WrapsFunctionPointers)
     EXPECT_THROW(call(object, "c", {8}).get(), std::runtime_error);
 }
 
+std::future<void> quietFunction(int value) noexcept
+{
+    return plainFunction(value);
+}
+
+TEST(CommandTest, WrapsFunctionsThatAreNoexcept)
+{
+    CommandObject object;
+    object.addCommand("c", &quietFunction);
+    object.addCommand("byName", quietFunction);
+    EXPECT_NO_THROW(call(object, "c", {7}).get());
+    EXPECT_NO_THROW(call(object, "byName", {7}).get());
+}
+
 TEST(CommandTest, WrapsMoveOnlyMutableAndNoexceptCallables)
 {
     CommandObject object;
@@ -532,8 +546,7 @@ TEST(CommandTest, WhatACallableThrowsLeavesInvoke)
 
 TEST(CommandTest, MovesWithItsCallable)
 {
-    using Wrapper =
-        Command::Wrapper<std::future<void> (*)(int), TernCommonDetail::Signature<std::future<void>, int>>;
+    using Wrapper = Command::Wrapper<std::future<void> (*)(int), std::future<void>(int)>;
     Command command(std::make_unique<Wrapper>(&plainFunction));
     Command moved(std::move(command));
     EXPECT_EQ(moved.argc(), 1U);

@@ -1,9 +1,11 @@
 #include "tern_common/command_parser.hpp"
 
+#include "kodo/core/debug_message_helper.hpp"
 #include "tests/support/reports.hpp"
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdint>
 #include <cwctype>
 #include <stdexcept>
@@ -269,6 +271,63 @@ TEST(CommandParserTest, TheCursorStandsAtTheFirstCharacterAtFirst)
     EXPECT_FALSE(parser.eol());
     EXPECT_EQ(parser.current(), L'x');
     EXPECT_TRUE(CommandParser(L"").eol());
+}
+
+TEST(CommandParserTest, AMistakeIsAPlainMessageOfPriorityFiveWithoutCategoryAndSource)
+{
+    const CollectReports ignored;
+    std::vector<std::string> seen;
+    const Kodo::DebugMessageSink sink(
+        [&seen](const Kodo::DebugMessage& message)
+        {
+            seen.emplace_back(message.text);
+            EXPECT_EQ(message.componentPriority, 0);
+            EXPECT_EQ(message.messagePriority, 5);
+            EXPECT_EQ(message.category, "");
+            EXPECT_EQ(message.source, 0);
+            EXPECT_FALSE(message.critical);
+        });
+    parse(L"cmd");
+    parse(L"cmd 1");
+    parse(L"cmd(True)");
+    parse(L"cmd() 1");
+    EXPECT_EQ(seen,
+              (std::vector<std::string>{"Unexpected end of line", "Unexpected character",
+                                        "Unknown named constant", "Parse command: unexpected character"}));
+}
+
+#if !defined(_WIN32)
+TEST(CommandParserTest, BeyondAsciiTheCLibrarysLocaleSaysWhatIsALetterOrABlank)
+{
+    {
+        const CollectReports ignored;
+        EXPECT_EQ(parse(L"gr\u00f6\u00dfe()").result,
+                  Result::FAILED); // the classic locale knows no such letter
+    }
+    ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    expectParsed(L"gr\u00f6\u00dfe.\u00e9()", {"gr\xC3\xB6\xC3\x9F"
+                                               "e",
+                                               "\xC3\xA9"});
+    expectParsed(L"\u2003a\u2003(\u20031\u2003)\u2003", {"a"}, {"i1"}); // an em space is a blank
+    expectFailed(L"a(\u00e9)", "Unknown named constant");
+    expectFailed(L"a(tru\u00e9)", "Unknown named constant");
+    expectFailed(L"a(1\u0663)", "Unexpected character"); // digits are ASCII alone
+    expectFailed(L"\u2603()", "Unexpected character");
+    std::setlocale(LC_CTYPE, "C");
+}
+#endif
+
+TEST(CommandParserTest, WhatWasParsedIsReadAndMovedOut)
+{
+    const std::wstring line = L"a.b(1)";
+    CommandParser parser(line);
+    parser.parse();
+    const CommandParser& reader = parser;
+    EXPECT_EQ(reader.path(), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(reader.args().size(), 1U);
+    const std::vector<std::string> path = std::move(parser.path());
+    EXPECT_EQ(path.size(), 2U);
+    EXPECT_TRUE(parser.path().empty());
 }
 
 TEST(CommandParserTest, AsciiIsClassifiedAsTheCLibraryDoes)
