@@ -4,6 +4,8 @@
 
 #include <iterator>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace
@@ -41,25 +43,23 @@ private:
     std::size_t* m_furthest;
 };
 
-/// Follows the events of the reader and stops at the value looked for.
+/// Follows the events of the reader and stops at the value or the repeated member looked for.
 class Locator final : public nlohmann::json_sax<json>
 {
 public:
     /// Where the value at @p target, or with none the first mistake, stands.
     static std::size_t run(std::string_view text, const std::string* target)
     {
-        std::size_t furthest = 0;
-        const char* const begin = text.data();
-        const char* const end = begin + text.size();
-        Locator locator(text, target, furthest);
-        json::sax_parse(CountingIterator(begin, begin, &furthest), CountingIterator(end, begin, &furthest),
-                        &locator);
+        Locator locator(text, target, false);
+        locator.read();
         return locator.m_found;
     }
 
-    Locator(std::string_view text, const std::string* target, const std::size_t& furthest)
-        : m_text(text), m_target(target), m_furthest(furthest)
+    static std::optional<RepeatedMember> findRepeated(std::string_view text)
     {
+        Locator locator(text, nullptr, true);
+        locator.read();
+        return std::move(locator.m_repeated);
     }
 
     bool null() override { return scalar(); }
@@ -81,16 +81,35 @@ public:
 
     bool key(string_t& name) override
     {
+        if (m_seekRepeated && !m_frames.back().keys.insert(name).second)
+        {
+            m_repeated = {name, nextStart()};
+            return false;
+        }
         m_frames.back().key = name;
         m_readBefore = m_furthest;
         return true;
     }
 
 private:
+    Locator(std::string_view text, const std::string* target, bool seekRepeated)
+        : m_text(text), m_target(target), m_seekRepeated(seekRepeated)
+    {
+    }
+
+    void read()
+    {
+        const char* const begin = m_text.data();
+        const char* const end = begin + m_text.size();
+        json::sax_parse(CountingIterator(begin, begin, &m_furthest),
+                        CountingIterator(end, begin, &m_furthest), this);
+    }
+
     struct Frame
     {
         bool isObject;
         std::string key;
+        std::set<std::string> keys; ///< those before, where a repeated one is looked for
         std::size_t index = 0;
     };
 
@@ -105,16 +124,23 @@ private:
         return pointer.to_string();
     }
 
-    /// Notes where the value that begins now stands: behind what was read before it and the marks in between.
+    /// Notes where the value that begins now stands, if it is the one looked for.
     bool isTarget()
     {
         if (m_target == nullptr || pointer() != *m_target)
         {
             return false;
         }
-        const std::size_t start = m_text.find_first_not_of(" \t\r\n,:", m_readBefore);
-        m_found = start == std::string_view::npos ? 0 : start;
+        m_found = nextStart();
         return true;
+    }
+
+    /// Where the value or name that has just been read stands: behind what was read before it and the marks
+    /// in between.
+    std::size_t nextStart() const
+    {
+        const std::size_t start = m_text.find_first_not_of(" \t\r\n,:", m_readBefore);
+        return start == std::string_view::npos ? 0 : start;
     }
 
     bool open(bool isObject)
@@ -123,7 +149,7 @@ private:
         {
             return false;
         }
-        m_frames.push_back({isObject, {}, 0});
+        m_frames.push_back({isObject, {}, {}, 0});
         m_readBefore = m_furthest;
         return true;
     }
@@ -149,7 +175,9 @@ private:
 
     std::string_view m_text;
     const std::string* m_target;
-    const std::size_t& m_furthest;
+    bool m_seekRepeated;
+    std::optional<RepeatedMember> m_repeated;
+    std::size_t m_furthest = 0;
     std::vector<Frame> m_frames;
     std::size_t m_readBefore = 0;
     std::size_t m_found = 0;
@@ -160,6 +188,11 @@ private:
 std::size_t locateJsonValue(std::string_view text, const std::string& pointer)
 {
     return Locator::run(text, &pointer);
+}
+
+std::optional<RepeatedMember> findRepeatedMember(std::string_view text)
+{
+    return Locator::findRepeated(text);
 }
 
 std::size_t locateJsonError(std::string_view text)

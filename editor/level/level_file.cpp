@@ -211,7 +211,13 @@ LevelData parseLevel(std::string_view text, const fs::path& file)
     }
     try
     {
-        return LevelReader(document).read();
+        LevelData level = LevelReader(document).read();
+        if (const auto repeated = findRepeatedMember(text)) // the document holds the last one alone
+        {
+            throw FileError(file, positionAt(text, repeated->offset),
+                            "a second member \"" + repeated->name + "\"");
+        }
+        return level;
     }
     catch (const LevelMistake& mistake)
     {

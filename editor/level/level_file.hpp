@@ -12,8 +12,8 @@
 ///      "curves": [{"name": "road", "closed": false, "points": [[0, 0, 0], …]}, …],
 ///      "items": [{"name": "…", "type": "…", "position": [0, 0, 0], "properties": {"key": "text", …}}, …]}
 ///
-/// "closed", "points", "items", "position" and "properties" may be left out. A member of another name is
-/// refused: it would be lost at the next save.
+/// "closed", "points", "items", "position" and "properties" may be left out. A member of another name, or
+/// a second one of the same, is refused: it would be lost at the next save.
 constexpr int LEVEL_FILE_VERSION = 1;
 
 /// Throws FileError, with line and column, for a file that cannot be read, is not JSON, is of a newer version

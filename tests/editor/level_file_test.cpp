@@ -123,6 +123,17 @@ TEST(LevelFileTest, SaysWhichValueIsWrong)
     EXPECT_EQ(complaint(levelWith(",\"items\":[null]")), "a.level:1:48: this is no object");
 }
 
+TEST(LevelFileTest, RefusesASecondMemberOfOneName)
+{
+    EXPECT_EQ(complaint(levelWith(",\n\"curves\": [{\"name\": \"a\"}],\n \"curves\": []")),
+              "a.level:3:2: a second member \"curves\"");
+    EXPECT_EQ(complaint(levelWith(", \"version\": 1")), "a.level:1:40: a second member \"version\"");
+    EXPECT_EQ(complaint(levelWith(
+                  ",\"items\":[{\"name\":\"a\",\"type\":\"b\",\"properties\":{\"k\":\"1\"\n,\"k\":\"2\"}}]")),
+              "a.level:2:2: a second member \"k\"");
+    EXPECT_EQ(complaint(levelWith(",\"curves\":[{\"name\":\"a\"},{\"name\":\"b\"}]")), "no complaint");
+}
+
 TEST(LevelFileTest, SaysWhyAFileCannotBeRead)
 {
     const TemporaryDirectory directory;
