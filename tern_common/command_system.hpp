@@ -52,7 +52,8 @@ public:
     /// next one. Rethrows what a command throws or stores in its future; that command is over then, and the
     /// next tick goes on with the queue. A command that cannot be found is reported and skipped.
     ///
-    /// Called from within a command, a tick starts nothing: that command has not finished.
+    /// Called from within a command, a tick starts nothing: that command has not finished. A command must not
+    /// destroy the system that runs it.
     void tick();
 
     /// True when nothing is queued and nothing is waited for.
@@ -76,6 +77,7 @@ private:
     using Origin = std::pair<std::shared_ptr<const std::wstring>, std::size_t>;
 
     static void takeCommand(CommandParser& parser, QueuedCommand& command);
+    void append(std::deque<QueuedCommand>&& commands, ScriptOrigins&& origins);
     void start(const QueuedCommand& queued);
     static ScriptLine toScriptLine(const Origin& origin);
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <filesystem>
+#include <ios>
 #include <locale>
 
 namespace
@@ -45,38 +46,72 @@ bool convertsAsClassic(const std::locale& locale)
 
 } // namespace
 
-ScriptFile::ScriptFile(const std::wstring& path) : m_buffer(16384)
+std::wstring_view ScriptFile::Buffer::available()
+{
+    if (gptr() == egptr() && traits_type::eq_int_type(underflow(), traits_type::eof()))
+    {
+        return {};
+    }
+    return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
+}
+
+void ScriptFile::Buffer::consume(std::size_t count)
+{
+    setg(eback(), gptr() + count, egptr());
+}
+
+ScriptFile::ScriptFile(const std::wstring& path) : m_memory(16384)
 {
     if (path.find(L'\0') != std::wstring::npos)
     {
-        m_stream.setstate(std::ios_base::failbit); // no file has such a name: opening would cut it short
-        return;
+        return; // no file has such a name: opening would cut it short
     }
-    if (convertsAsClassic(m_stream.getloc()))
+    const std::locale locale = m_buffer.getloc();
+    if (convertsAsClassic(locale))
     {
-        m_stream.imbue(std::locale(m_stream.getloc(), new ByteWidening));
+        m_buffer.pubimbue(std::locale(locale, new ByteWidening));
     }
-    m_stream.rdbuf()->pubsetbuf(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
+    m_buffer.pubsetbuf(m_memory.data(), static_cast<std::streamsize>(m_memory.size()));
 #if defined(_WIN32)
-    m_stream.open(std::filesystem::path(path), std::ios_base::in);
+    m_buffer.open(std::filesystem::path(path), std::ios_base::in);
 #else
     // Not through std::filesystem::path: its conversion from wide text depends on the locale, and throws.
-    m_stream.open(Kodo::wideToUtf8(path), std::ios_base::in);
+    m_buffer.open(Kodo::wideToUtf8(path), std::ios_base::in);
 #endif
 }
 
 bool ScriptFile::readLine()
+try
 {
-    if (!std::getline(m_stream, m_line))
+    m_joined.clear();
+    for (;;)
     {
-        return false;
-    }
+        const std::wstring_view available = m_buffer.available();
+        if (available.empty())
+        {
+            m_line = m_joined;
+            return !m_line.empty();
+        }
+        const std::size_t end = available.find(L'\n');
+        const std::wstring_view part = available.substr(0, end);
+        if (end == std::wstring_view::npos)
+        {
+            m_joined.append(part);
+            m_buffer.consume(part.size());
+            continue;
+        }
+        m_buffer.consume(end + 1);
+        m_line = m_joined.empty() ? part : std::wstring_view(m_joined.append(part));
 #if !defined(_WIN32) // where text mode translates line ends, the CR of a CR LF is gone already
-    const bool endedByLineFeed = !m_stream.eof();
-    if (endedByLineFeed && !m_line.empty() && m_line.back() == L'\r')
-    {
-        m_line.pop_back();
-    }
+        if (m_line.ends_with(L'\r'))
+        {
+            m_line.remove_suffix(1);
+        }
 #endif
-    return true;
+        return true;
+    }
+}
+catch (const std::ios_base::failure&) // as of a directory, which opens like a file
+{
+    return false;
 }

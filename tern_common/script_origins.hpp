@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -36,13 +37,11 @@ public:
         return result;
     }
 
-    /// Appends the lines of @p other.
+    /// Appends the lines of @p other. Where memory runs out, nothing is appended.
     void append(ScriptOrigins&& other)
     {
-        for (Run& run : other.m_runs)
-        {
-            m_runs.push_back(std::move(run));
-        }
+        m_runs.insert(m_runs.end(), std::move_iterator(other.m_runs.begin()),
+                      std::move_iterator(other.m_runs.end()));
         other.m_runs.clear();
     }
 

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 namespace
@@ -79,6 +80,52 @@ TEST(CommandAllocationTest, AStringBeyondTheInlineSizeCostsItsTextOnce)
     };
     bytesFor(one); // brings the queue's own blocks
     EXPECT_EQ(bytesFor(two) - bytesFor(one), sizeof(vell::Variant) + text.size() + 1);
+}
+
+TEST(CommandAllocationTest, AScriptIsQueuedAsAWholeOrNotAtAllWhenMemoryRunsOut)
+{
+    const TemporaryDirectory directory;
+    const std::string text(200, 'x');
+    std::string script;
+    for (int i = 0; i < 20; ++i)
+    {
+        script += "obj.c(\"" + text + "\", 1)\n\n";
+    }
+    const std::wstring path = directory.write("script.txt", script).wstring();
+    CommandSystem system;
+    CommandObject object;
+    int calls = 0;
+    object.addCommand("c",
+                      [&calls](const std::string&, int)
+                      {
+                          ++calls;
+                          return readyFuture();
+                      });
+    system.rootObject().addChild("obj", &object);
+
+    std::size_t failures = 0;
+    for (bool failed = true; failed; ++failures)
+    {
+        const std::size_t before = system.queuedCommandCount();
+        failed = false;
+        try
+        {
+            const FailingAllocation one(failures);
+            system.parseScriptFile(path);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        ASSERT_EQ(system.queuedCommandCount() - before, failed ? 0U : 20U) << "at allocation " << failures;
+    }
+    EXPECT_GT(failures, 50U);
+    while (!system.isIdle())
+    {
+        system.tick();
+    }
+    EXPECT_EQ(calls, 20);
+    EXPECT_EQ(system.startedLine().line, 39U);
 }
 
 } // namespace

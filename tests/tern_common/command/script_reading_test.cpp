@@ -23,7 +23,7 @@ Lines readLines(std::string_view bytes)
     Lines lines;
     while (file.readLine())
     {
-        lines.push_back(file.line());
+        lines.emplace_back(file.line());
     }
     return lines;
 }
