@@ -1,3 +1,9 @@
+// Requests of many resources: their cost grows with their number, and the command line costs little more than
+// its bytes.
+//
+//     build/release/bin/requests_benchmark
+
+#include "benchmarks/ratio_report.hpp"
 #include "tern_common/requests/open_resources_request.hpp"
 
 #include "tests/support/recording_editor_manager.hpp"
@@ -75,6 +81,33 @@ void queryString(benchmark::State& state)
 }
 BENCHMARK(queryString)->RangeMultiplier(10)->Range(100, 100'000)->Complexity(benchmark::oN);
 
+/// What any way of composing the line has to do: copy every name once into memory of the right size.
+void copyNames(benchmark::State& state)
+{
+    const auto list = resources(static_cast<std::size_t>(state.range(0)));
+    std::size_t size = 0;
+    for (const std::string& name : list)
+    {
+        size += name.size();
+    }
+    for (auto _ : state)
+    {
+        std::string text;
+        text.reserve(size);
+        for (const std::string& name : list)
+        {
+            text += name;
+        }
+        benchmark::DoNotOptimize(text);
+    }
+}
+BENCHMARK(copyNames)->Arg(10'000);
+
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    return runBenchmarks(argc, argv,
+                         {{"exec/100000", "exec/10000", 13}, // ten times as many, and caches that they leave
+                          {"queryString/10000", "copyNames/10000", 3}});
+}

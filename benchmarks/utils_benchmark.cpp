@@ -1,3 +1,8 @@
+// The utilities beside what they replace.
+//
+//     build/release/bin/utils_benchmark
+
+#include "benchmarks/ratio_report.hpp"
 #include "kodo/core/kodo_random.hpp"
 #include "tern_common/utils/color_generator.hpp"
 #include "tern_common/utils/finalizer.hpp"
@@ -153,4 +158,9 @@ BENCHMARK(finalizeByFinalizer);
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    return runBenchmarks(argc, argv,
+                         {{"rejectTenThousand", "rejectTenThousandPlain", 0.85},
+                          {"finalizeByFinalizer", "finalizeByHand", 1.2}});
+}
