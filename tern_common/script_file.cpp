@@ -17,6 +17,11 @@ using NarrowToWide = std::codecvt<wchar_t, char, std::mbstate_t>;
 /// first byte above 0x7F on some systems, as if the file ended there, and converts byte by byte.
 class ByteWidening final : public NarrowToWide
 {
+public:
+    /// Owned by no locale: one that cannot be made for lack of memory would leave the facet behind.
+    ByteWidening() : NarrowToWide(1) {}
+    ~ByteWidening() override = default;
+
 protected:
     result do_in(std::mbstate_t&, const char* from, const char* fromEnd, const char*& fromNext, wchar_t* to,
                  wchar_t* toEnd, wchar_t*& toNext) const override
@@ -69,7 +74,8 @@ ScriptFile::ScriptFile(const std::wstring& path) : m_memory(16384)
     const std::locale locale = m_buffer.getloc();
     if (convertsAsClassic(locale))
     {
-        m_buffer.pubimbue(std::locale(locale, new ByteWidening));
+        static ByteWidening widening;
+        m_buffer.pubimbue(std::locale(locale, &widening));
     }
     m_buffer.pubsetbuf(m_memory.data(), static_cast<std::streamsize>(m_memory.size()));
 #if defined(_WIN32)
