@@ -64,6 +64,12 @@ public:
         m_textChanged();
         m_cursorChanged();
     }
+    /// The user overwrites the text; the cursor stays where it is and is not announced.
+    void overwrite(const std::string& text)
+    {
+        m_text = text;
+        m_textChanged();
+    }
     /// The user moves the cursor. No check: what a broken control says is told on.
     void moveCursor(int pos)
     {
