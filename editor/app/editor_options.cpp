@@ -201,8 +201,8 @@ EditorOptions parseCommandLine(int argc, const char* const* argv)
 std::string helpText()
 {
     std::ostringstream text;
-    text << "tern_editor --headless --level FILE --script FILE... [--save FILE] [--max-ticks N] [--trace "
-            "FILE]\n\n"
+    text << "tern_editor --headless --level FILE [--script FILE...] [--find QUERY] [--save FILE]\n"
+            "            [--max-ticks N] [--trace FILE]\n\n"
             "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
             "before it\n"
             "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"

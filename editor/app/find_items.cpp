@@ -33,6 +33,9 @@ std::string describe(const FilterMark& mark)
     case FilterMark::Kind::EmptyValue:
         text = "a key without a value";
         break;
+    case FilterMark::Kind::EmptyPhrase:
+        text = "quotes with nothing in them";
+        break;
     case FilterMark::Kind::LoneNegation:
         text = "a dash with nothing behind it";
         break;

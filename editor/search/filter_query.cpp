@@ -106,7 +106,7 @@ private:
         term.ignored = term.value.empty();
         if (closed && term.value.empty())
         {
-            mark(Kind::EmptyValue, quote, m_at);
+            mark(Kind::EmptyPhrase, quote, m_at);
         }
         return closed ? m_at - 1 : m_at;
     }

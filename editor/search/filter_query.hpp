@@ -15,7 +15,8 @@ struct FilterMark
         UnterminatedQuote, ///< from the quote to the end of the text
         UnknownEscape,     ///< a backslash in quotes before something else than a quote or a backslash
         EmptyKey,          ///< a colon without a key before it
-        EmptyValue,        ///< a key without a value, or quotes with nothing in them
+        EmptyValue,        ///< a key without a value
+        EmptyPhrase,       ///< quotes with nothing in them, and no key before them
         LoneNegation,      ///< a '-' with nothing behind it
     };
 

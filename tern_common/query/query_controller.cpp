@@ -194,7 +194,12 @@ void QueryController::onSourceTextChanged()
         return;
     }
     const LifeWatch life(m_operations);
-    const bool accepted = m_query->setQueryString(m_edit->text());
+    const std::string& text = m_edit->text();
+    if (life.isOver() || m_query == nullptr)
+    {
+        return;
+    }
+    const bool accepted = m_query->setQueryString(text);
     if (life.isOver())
     {
         return;
@@ -232,7 +237,13 @@ void QueryController::updateCurrentTokenValue()
     std::string value;
     if (m_query != nullptr && m_edit != nullptr)
     {
+        const LifeWatch life(m_operations);
+        const std::size_t bindings = m_editsSet + m_queriesSet;
         const auto pos = static_cast<std::size_t>(m_edit->cursorPos()); // negative: beyond any text
+        if (life.isOver() || m_editsSet + m_queriesSet != bindings)
+        {
+            return; // who bound anew has looked anew
+        }
         index = m_query->getTokenIndexAt(pos);
         value = m_query->getTokenValue(index);
     }

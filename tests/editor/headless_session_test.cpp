@@ -321,6 +321,8 @@ TEST_F(FindTest, SaysWhatIsWrongWithAQueryAndWhere)
     EXPECT_EQ(m_exitCode, 1);
     EXPECT_EQ(errors(), "error: --find: column 7: a key without a value\n"
                         "error: --find: column 13: a quote that is not closed\n");
+    find("-\"\" crane");
+    EXPECT_EQ(errors(), "error: --find: column 2: quotes with nothing in them\n");
     find("a\x01"
          "b");
     EXPECT_EQ(errors(), "error: --find: the query holds a control character\n");

@@ -32,13 +32,21 @@ public:
         m_writtenTexts.push_back(text); // the argument must have outlived the calls
         m_textChanged();
     }
-    const std::string& text() const override { return m_text; }
+    const std::string& text() const override
+    {
+        callOnceDuringRead();
+        return m_text;
+    }
     void setCursorPos(int pos) override
     {
         m_placedCursors.push_back(pos);
         moveCursor(std::clamp(pos, 0, static_cast<int>(m_text.size())));
     }
-    int cursorPos() const override { return m_cursor; }
+    int cursorPos() const override
+    {
+        callOnceDuringRead();
+        return m_cursor;
+    }
     qua::Connection connectTextChanged(std::function<void()> slot) override
     {
         return givesInertConnections ? qua::Connection() : m_textChanged.connect(std::move(slot));
@@ -64,6 +72,12 @@ public:
         m_textChanged();
         m_cursorChanged();
     }
+    /// The user overwrites the text; the cursor stays where it is and is not announced.
+    void overwrite(const std::string& text)
+    {
+        m_text = text;
+        m_textChanged();
+    }
     /// The user moves the cursor. No check: what a broken control says is told on.
     void moveCursor(int pos)
     {
@@ -79,9 +93,18 @@ public:
     std::size_t slotCount() const { return m_textChanged.slotCount() + m_cursorChanged.slotCount(); }
 
     std::function<void()> duringSetText; ///< called when the text is new and its change not yet announced
+    mutable std::function<void()> onceDuringRead; ///< called, one time, by text() or cursorPos()
     bool givesInertConnections = false;
 
 private:
+    void callOnceDuringRead() const
+    {
+        if (const auto once = std::exchange(onceDuringRead, {}))
+        {
+            once();
+        }
+    }
+
     std::string m_text;
     int m_cursor = 0;
     std::vector<std::string> m_writtenTexts;

@@ -131,7 +131,7 @@ TEST(FilterQueryTest, MarksWhatIsHalfTypedByItsPlace)
     EXPECT_EQ(marksOf(":"), (Marks{{Kind::EmptyKey, 0, 1}, {Kind::EmptyValue, 0, 1}}));
     EXPECT_EQ(marksOf("a - b"), (Marks{{Kind::LoneNegation, 2, 1}}));
     EXPECT_EQ(marksOf("a -"), (Marks{{Kind::LoneNegation, 2, 1}}));
-    EXPECT_EQ(marksOf("\"\" -\"\""), (Marks{{Kind::EmptyValue, 0, 2}, {Kind::EmptyValue, 4, 2}}));
+    EXPECT_EQ(marksOf("\"\" -\"\""), (Marks{{Kind::EmptyPhrase, 0, 2}, {Kind::EmptyPhrase, 4, 2}}));
     EXPECT_EQ(marksOf("\"a\\nb\""), (Marks{{Kind::UnknownEscape, 2, 2}}));
     EXPECT_EQ(marksOf("\"a\\nb"), (Marks{{Kind::UnterminatedQuote, 0, 5}, {Kind::UnknownEscape, 2, 2}}));
 }

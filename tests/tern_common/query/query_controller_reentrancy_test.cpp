@@ -283,6 +283,36 @@ TEST_F(QueryControllerReentrancyTest, TheControllerMayBeDestroyedWhileItWrites)
     EXPECT_EQ(m_edit.slotCount(), 0U);
 }
 
+TEST_F(QueryControllerReentrancyTest, TheQueryMayBeTakenAwayByAnEditThatIsRead)
+{
+    const auto takeAway = [this] { m_controller->setQuery(nullptr); };
+    m_edit.onceDuringRead = takeAway;
+    m_edit.enter("typed"); // text()
+    EXPECT_EQ(m_edit.text(), "typed");
+
+    replaceQuery("one two");
+    m_edit.moveCursor(1);
+    EXPECT_EQ(m_controller->getCurrentTokenValue(), "one");
+    m_edit.onceDuringRead = takeAway;
+    m_edit.moveCursor(6); // cursorPos()
+    EXPECT_EQ(m_controller->query(), nullptr);
+    EXPECT_EQ(m_controller->getCurrentTokenValue(), "one"); // as without a query
+}
+
+TEST_F(QueryControllerReentrancyTest, TheControllerMayBeDestroyedByAnEditThatIsRead)
+{
+    m_edit.onceDuringRead = [this] { destroyController(); };
+    m_edit.enter("typed");
+    EXPECT_EQ(m_controller, nullptr);
+
+    m_controller = std::make_unique<QueryController>();
+    replaceQuery("one two");
+    m_edit.onceDuringRead = [this] { destroyController(); };
+    m_controller->setEdit(&m_edit);
+    EXPECT_EQ(m_controller, nullptr);
+    EXPECT_EQ(m_edit.slotCount(), 0U);
+}
+
 TEST_F(QueryControllerReentrancyTest, TheControllerMayBeDestroyedByWhatTheUserTypes)
 {
     const qua::Connection connection = query().connectChanged([this] { destroyController(); });

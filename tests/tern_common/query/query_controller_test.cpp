@@ -172,6 +172,31 @@ TEST_F(QueryControllerTest, RefusedTypingFallsBackToTheAcceptedText)
     EXPECT_EQ(m_edit.writtenTexts(), (Texts{"road", "road"}));
 }
 
+TEST_F(QueryControllerTest, AcceptedTypingIsLookedAtThoughTheCursorStays)
+{
+    bind("ab");
+    m_edit.moveCursor(1);
+
+    m_edit.overwrite("cd");
+    m_edit.overwrite("!");
+
+    EXPECT_EQ(m_currents, (std::vector<Current>{{0, "ab"}, {0, "cd"}}));
+}
+
+TEST_F(QueryControllerTest, AChangeOfTheQueryByCodeDoesNotLookForTheCurrentToken)
+{
+    TestQuery& query = bind("ab");
+    m_edit.moveCursor(1);
+
+    query.setQueryString("cd");
+
+    EXPECT_EQ(m_edit.text(), "cd");
+    EXPECT_EQ(m_controller.getCurrentTokenValue(), "ab");
+    EXPECT_EQ(m_currents, (std::vector<Current>{{0, "ab"}}));
+    m_edit.moveCursor(2);
+    EXPECT_EQ(m_currents, (std::vector<Current>{{0, "ab"}, {0, "cd"}}));
+}
+
 TEST_F(QueryControllerTest, ChangesOfTheQueryReachTheEdit)
 {
     TestQuery& query = bind("road");
@@ -244,6 +269,54 @@ TEST_F(QueryControllerTest, BindingAnEditLooksForTheTokenUnderItsCursor)
     m_controller.setEdit(&other);
 
     EXPECT_EQ(m_currents, (std::vector<Current>{{1, "cd"}}));
+}
+
+/// Notes what the controller asks of it, and the connections that it has when it is asked.
+class LoggingEdit : public FakeQueryEdit
+{
+public:
+    void setText(const std::string& text) override
+    {
+        log("setText");
+        FakeQueryEdit::setText(text);
+    }
+    int cursorPos() const override
+    {
+        log("cursorPos");
+        return FakeQueryEdit::cursorPos();
+    }
+    qua::Connection connectTextChanged(std::function<void()> slot) override
+    {
+        log("connectTextChanged");
+        return FakeQueryEdit::connectTextChanged(std::move(slot));
+    }
+    qua::Connection connectCursorPosChanged(std::function<void()> slot) override
+    {
+        log("connectCursorPosChanged");
+        return FakeQueryEdit::connectCursorPosChanged(std::move(slot));
+    }
+
+    Texts takeLog() { return std::exchange(m_log, {}); }
+
+private:
+    void log(const char* call) const { m_log.push_back(call + (" " + std::to_string(slotCount()))); }
+
+    mutable Texts m_log;
+};
+
+TEST_F(QueryControllerTest, AnEditIsLeftThenWrittenThenLookedAtThenConnected)
+{
+    LoggingEdit edit;
+    QueryController controller;
+    controller.setEdit(&edit);
+    EXPECT_EQ(edit.takeLog(), (Texts{"connectTextChanged 0", "connectCursorPosChanged 1"}));
+    controller.setQuery(std::make_unique<TestQuery>("ab"));
+    EXPECT_EQ(edit.takeLog(), (Texts{"setText 2", "cursorPos 2"}));
+
+    controller.setEdit(&edit);
+
+    EXPECT_EQ(edit.takeLog(),
+              (Texts{"setText 0", "cursorPos 0", "connectTextChanged 0", "connectCursorPosChanged 1"}));
 }
 
 TEST_F(QueryControllerTest, DetachingTheEditKeepsQueryAndCurrentTokenUntilTheNextLook)
