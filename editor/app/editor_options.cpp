@@ -173,6 +173,10 @@ void expectOneJob(const EditorOptions& options)
     {
         throw CommandLineError("give one of resources, --colors and --level");
     }
+    if (!options.level && (!options.scripts.empty() || options.find || options.save || options.trace))
+    {
+        throw CommandLineError("--script, --find, --save and --trace need --level");
+    }
     if (options.level && !options.headless)
     {
         throw CommandLineError("this editor has no window yet: give --headless");

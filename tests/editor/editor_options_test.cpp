@@ -72,6 +72,8 @@ TEST(EditorOptionsTest, RefusesWhatMakesNoSense)
         {"--headless", "--level", "a", "--lev", "b"},
         {"--headless", "--level", "a", "stray"},
         {"a.level", "b.level"},
+        {"a.level", "--find", "crane"},
+        {"--colors", "3", "--script", "a.txt"},
         {"a.level", "--colors", "3"},
         {"--colors", "-1"},
         {"--colors", "9", "--seed", "4294967296"},
