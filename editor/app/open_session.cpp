@@ -11,7 +11,9 @@
 #include "vell/asset_registry.hpp"
 
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
+#include <string>
 #include <vector>
 
 namespace
@@ -20,7 +22,8 @@ namespace
 /// Whether this editor can show what the resource holds; says why not.
 bool accepts(const std::string& resource, std::ostream& errors)
 {
-    const std::filesystem::path file = Kodo::FS::fileSystem().diskPath(resource);
+    const std::string name = Kodo::FS::fileSystem().diskPath(resource);
+    const std::filesystem::path file(std::u8string(name.begin(), name.end())); // UTF-8 on Windows too
     const std::string type = vell::AssetRegistry::instance().typeOf(resource);
     try
     {

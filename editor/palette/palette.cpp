@@ -54,6 +54,32 @@ void fillSquare(RgbPicture& picture, std::size_t column, std::size_t row, const 
 
 } // namespace
 
+bool leavesFreeHue(const std::vector<Kodo::Render::Colour32Bit>& banned)
+{
+    const auto areAwayFrom = [&banned](float hue, float distance)
+    {
+        return std::all_of(banned.begin(), banned.end(),
+                           [hue, distance](const Color& color)
+                           { return ColorHue::distance(ColorHue::hueOf(color), hue) >= distance; });
+    };
+    constexpr float MIN_DISTANCE = ColorHue::PI / 6.0F;
+    if (areAwayFrom(ColorHue::hueOf({1.0F, 0.0F, 0.0F, 1.0F}), MIN_DISTANCE))
+    {
+        return true; // the last one: all reds without green have it, and so has every sixth candidate
+    }
+    constexpr int STEPS = 2400; // of a tenth of a degree each, between the hues of generated colours
+    constexpr float STEP = 4.0F * ColorHue::THIRD_OF_PI / static_cast<float>(STEPS);
+    for (int i = 0; i < STEPS; ++i)
+    {
+        const float hue = ColorHue::wrapAngle(ColorHue::THIRD_OF_PI + STEP * static_cast<float>(i));
+        if (areAwayFrom(hue, MIN_DISTANCE + STEP / 2.0F)) // a gap as wide as a step
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::vector<PaletteEntry> makePalette(const PaletteOptions& options)
 {
     Kodo::KodoRandom::instance().seed(options.seed);
@@ -121,6 +147,11 @@ void writePaletteTable(std::ostream& out, const std::vector<PaletteEntry>& palet
 
 bool runPalette(const PaletteOptions& options, std::ostream& out)
 {
+    if (options.colors > 0 && !leavesFreeHue(options.banned))
+    {
+        Kodo::DebugMessageHelper(0, 5).message("The banned colours leave no hue for others");
+        return false;
+    }
     const std::vector<PaletteEntry> palette = makePalette(options);
     writePaletteTable(out, palette);
     if (options.pictureFile.empty() || writePng(options.pictureFile, drawPalette(palette, options.banned)))

@@ -26,7 +26,11 @@ struct PaletteEntry
     double smallestPerceptualDistance = 0; ///< by CIEDE2000
 };
 
-/// Draws the colours. Seeds the shared random generator.
+/// Whether generated colours can keep away from these: the generator looks for ever where they leave no hue.
+/// A gap of less than a tenth of a degree counts as none.
+bool leavesFreeHue(const std::vector<Kodo::Render::Colour32Bit>& banned);
+
+/// Draws the colours; the banned ones leave a hue free. Seeds the shared random generator.
 std::vector<PaletteEntry> makePalette(const PaletteOptions& options);
 
 /// The generated colours in a row of squares, the banned ones in a row below.
@@ -37,5 +41,5 @@ RgbPicture drawPalette(const std::vector<PaletteEntry>& palette,
 void writePaletteTable(std::ostream& out, const std::vector<PaletteEntry>& palette);
 
 /// Makes the palette, writes its table to @p out and its picture to the file; false, with a message of
-/// priority 5 in the log, when the picture cannot be written.
+/// priority 5 in the log, when the bans leave no hue or the picture cannot be written.
 bool runPalette(const PaletteOptions& options, std::ostream& out);

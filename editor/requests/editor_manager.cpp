@@ -27,7 +27,7 @@ IEditor* EditorManager::editorAt(std::size_t index) const
 
 IEditor* EditorManager::openResource(const char* path, const OpenFlags& flags)
 {
-    IEditor* editor = findEditor(path);
+    std::shared_ptr<Editor> editor = find(findEditor(path)); // kept while observers hear of it
     const bool isNew = editor == nullptr;
     if (isNew)
     {
@@ -35,11 +35,11 @@ IEditor* EditorManager::openResource(const char* path, const OpenFlags& flags)
         {
             return nullptr;
         }
-        editor = m_editors.emplace_back(std::make_unique<Editor>(path)).get();
+        editor = m_editors.emplace_back(std::make_shared<Editor>(path));
     }
     if (flags.contains(OpenFlag::Show))
     {
-        m_active = editor;
+        m_active = editor.get();
     }
     if (flags.contains(OpenFlag::Remember))
     {
@@ -53,7 +53,8 @@ IEditor* EditorManager::openResource(const char* path, const OpenFlags& flags)
     {
         m_reloaded(*editor);
     }
-    return editor; // opened, though an observer may have closed it again: callers only ask whether it is null
+    // An observer may have closed it again. It was opened even so, and callers only ask whether this is null.
+    return editor.get();
 }
 
 IEditor* EditorManager::findEditor(const char* path) const
@@ -80,7 +81,7 @@ bool EditorManager::canOpen(const char* path) const
 
 bool EditorManager::isModified(const IEditor* editor) const
 {
-    const Editor* const known = find(editor);
+    const auto known = find(editor);
     return known != nullptr && known->modified;
 }
 
@@ -106,15 +107,12 @@ bool EditorManager::saveAll()
 
 bool EditorManager::close(IEditor* editor)
 {
-    const Editor* const known = find(editor);
-    if (known == nullptr || known->modified)
+    const auto closed = find(editor);
+    if (closed == nullptr || closed->modified)
     {
         return false;
     }
-    const auto at = std::find_if(m_editors.begin(), m_editors.end(),
-                                 [known](const auto& open) { return open.get() == known; });
-    const std::unique_ptr<Editor> closed = std::move(*at);
-    m_editors.erase(at);
+    std::erase(m_editors, closed);
     if (m_active == editor)
     {
         m_active = m_editors.empty() ? nullptr : m_editors.back().get();
@@ -142,7 +140,7 @@ bool EditorManager::allowsNewInstance()
 
 void EditorManager::setModified(const IEditor* editor, bool modified)
 {
-    if (Editor* const known = find(editor))
+    if (const auto known = find(editor))
     {
         known->modified = modified;
     }
@@ -163,11 +161,11 @@ qua::Connection EditorManager::connectClosed(std::function<void(const std::strin
     return m_closed.connect(std::move(slot));
 }
 
-EditorManager::Editor* EditorManager::find(const IEditor* editor) const
+std::shared_ptr<EditorManager::Editor> EditorManager::find(const IEditor* editor) const
 {
     const auto found = std::find_if(m_editors.begin(), m_editors.end(),
                                     [editor](const auto& open) { return open.get() == editor; });
-    return found == m_editors.end() ? nullptr : found->get();
+    return found == m_editors.end() ? nullptr : *found;
 }
 
 void EditorManager::remember(const std::string& resource)

@@ -61,11 +61,11 @@ public:
 private:
     class Editor;
 
-    Editor* find(const IEditor* editor) const;
+    std::shared_ptr<Editor> find(const IEditor* editor) const;
     void remember(const std::string& resource);
 
     Policy m_policy;
-    std::vector<std::unique_ptr<Editor>> m_editors;
+    std::vector<std::shared_ptr<Editor>> m_editors; ///< shared with the calls that announce them
     IEditor* m_active = nullptr;
     std::vector<std::string> m_recent;
     qua::Signal<void(IEditor&)> m_opened;

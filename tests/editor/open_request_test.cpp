@@ -138,6 +138,26 @@ TEST(EditorManagerTest, OpenedResourcesAreListedInOrderAndOnce)
     EXPECT_EQ(reloaded, Texts{"a"});
 }
 
+TEST(EditorManagerTest, AnObserverMayCloseAResourceBeforeTheOthersHearOfIt)
+{
+    EditorManager manager;
+    const auto close = [&manager](IEditor& editor) { EXPECT_TRUE(manager.close(&editor)); };
+    Texts heard;
+    const auto hear = [&heard](const IEditor& editor) { heard.push_back(editor.resource()); };
+    {
+        const auto closing = manager.connectOpened(close);
+        const auto hearing = manager.connectOpened(hear);
+        EXPECT_NE(manager.openResource("a", {}), nullptr);
+        EXPECT_EQ(manager.editorCount(), 0U);
+    }
+    manager.openResource("b", {});
+    const auto closing = manager.connectReloaded(close);
+    const auto hearing = manager.connectReloaded(hear);
+    EXPECT_NE(manager.openResource("b", Flag::Reload), nullptr);
+    EXPECT_EQ(heard, (Texts{"a", "b"}));
+    EXPECT_EQ(manager.editorCount(), 0U);
+}
+
 TEST(EditorManagerTest, ThePolicyDecidesWhatIsOpened)
 {
     EditorManager manager(

@@ -77,6 +77,14 @@ TEST_F(OpenSessionTest, OpensEveryKnownResourceInOneProcess)
     EXPECT_EQ(values(reports(1)), (std::multiset<Names>{{"a.level", "b c.curve.json", "d.curve"}}));
 }
 
+TEST_F(OpenSessionTest, NamesNeedNotBeText)
+{
+    const std::string name = "\xC3\xA4 \xFF.level";
+    m_directory.write(name, "{\"format\":\"tern-level\",\"version\":1}");
+    EXPECT_EQ(run("'" + name + "'"), 0) << readFile(m_directory / "errors.txt");
+    EXPECT_EQ(readFile(m_directory / "out.txt"), name + ": opened\n");
+}
+
 TEST_F(OpenSessionTest, AUniqueRequestStartsAProcessForEachResource)
 {
     EXPECT_EQ(run("'a.level,b c.curve.json,d.curve' -uniquePerApp"), 0)

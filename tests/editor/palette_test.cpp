@@ -186,3 +186,31 @@ TEST(PaletteTest, APictureThatCannotBeWrittenIsReported)
     EXPECT_FALSE(writePng((disk / "empty.png").string(), RgbPicture{}));
     EXPECT_FALSE(writePng((disk / "wrong.png").string(), RgbPicture{2, 2, {1, 2, 3}}));
 }
+
+TEST(PaletteTest, BansThatLeaveNoHueAreRefusedInsteadOfSearchedForEver)
+{
+    // Yellow to red, every 30 degrees of the generator's hue.
+    const std::vector<Packed> every{Packed(0xFFFFFF00), Packed(0xFF80FF00), Packed(0xFF00FF00),
+                                    Packed(0xFF00FF80), Packed(0xFF00FFFF), Packed(0xFF0080FF),
+                                    Packed(0xFF0000FF), Packed(0xFF8000FF), Packed(0xFFFF0000)};
+    EXPECT_FALSE(leavesFreeHue(every));
+    EXPECT_TRUE(leavesFreeHue({}));
+    EXPECT_TRUE(leavesFreeHue({every.begin() + 2, every.end()})) << "free at the lower end";
+    EXPECT_TRUE(leavesFreeHue({every[0], every[2], every[6], every[8]})) << "free in the middle";
+
+    std::vector<Packed> upToRed(every.begin(), every.end() - 1);
+    EXPECT_FALSE(leavesFreeHue(upToRed));
+    upToRed.back() = Packed(0xFF7F00FF);
+    EXPECT_TRUE(leavesFreeHue(upToRed)) << "red alone is free";
+
+    PaletteOptions options;
+    options.banned = every;
+    std::ostringstream out;
+    {
+        const ExpectReports reports{"The banned colours leave no hue for others"};
+        EXPECT_FALSE(runPalette(options, out));
+    }
+    EXPECT_EQ(out.str(), "");
+    options.colors = 0;
+    EXPECT_TRUE(runPalette(options, out));
+}

@@ -3,6 +3,10 @@
 #include "kodo/fs/multi_file_system.hpp"
 #include "kodo/fs/native_path.hpp"
 
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
 #if defined(_WIN32)
 #include <windows.h>
 #endif
@@ -23,8 +27,15 @@ std::string appPath()
     const std::u8string text = std::filesystem::path(path).u8string();
     return std::string(text.begin(), text.end());
 #else
+    constexpr const char* SELF = "/proc/self/exe";
+    constexpr std::string_view DELETED = " (deleted)"; // what the system writes behind a file that is gone
     std::error_code error;
-    return fromNative(std::filesystem::read_symlink("/proc/self/exe", error));
+    std::string path = fromNative(std::filesystem::read_symlink(SELF, error));
+    if (path.ends_with(DELETED) && !std::filesystem::equivalent(path, SELF, error))
+    {
+        path.resize(path.size() - DELETED.size());
+    }
+    return path;
 #endif
 }
 

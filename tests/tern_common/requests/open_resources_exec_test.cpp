@@ -60,9 +60,34 @@ protected:
         }
         EXPECT_EQ(records[0].arguments[0], Kodo::FS::Utils::appPath());
         EXPECT_EQ(records[0].workingDirectory, fs::current_path().string());
+        EXPECT_EQ(records[0].descriptors, (Texts{"0 /dev/null", "1 /dev/null", "2 /dev/null"})) << "no flags";
         return Texts(records[0].arguments.begin() + 1, records[0].arguments.end());
     }
 
+    std::string copyOfThisProgram(std::string_view name) const
+    {
+        const fs::path copy = m_tools / name;
+        fs::create_directories(copy.parent_path());
+        fs::copy_file(Kodo::FS::Utils::appPath(), copy);
+        return copy.string();
+    }
+
+    static void startRelay(const std::string& line, const char* how)
+    {
+        ::setenv(RELAY, how, 1);
+        EXPECT_TRUE(qua::Process(line, ".").execDetached({}));
+        ::unsetenv(RELAY);
+    }
+
+    /// The arguments of the one process that the relay started.
+    Texts argumentsOfRelayed() const
+    {
+        const auto records = readProcessRecords(m_records.path(), 1);
+        EXPECT_EQ(records.size(), 1U);
+        return records.empty() ? Texts{} : records[0].arguments;
+    }
+
+    TemporaryDirectory m_tools;
     TemporaryDirectory m_records;
     ProcessRecordScope m_scope{m_records.path()};
     RecordingEditorManager m_manager;
@@ -219,15 +244,21 @@ TEST_F(ExecTest, AProcessStartsThoughItsDirectoryIsGone)
 
 TEST_F(ExecTest, AnEditorWhosePathHasBlanksStartsAnotherOfItself)
 {
-    const TemporaryDirectory tools;
-    const fs::path editor = tools / "my tools/level editor";
-    fs::create_directories(editor.parent_path());
-    fs::copy_file(Kodo::FS::Utils::appPath(), editor);
-    ::setenv(RELAY, "1", 1);
-    EXPECT_TRUE(qua::Process('"' + editor.string() + "\" \"a b.curve,c.txt,d.curve\" -uniquePerApp", ".")
-                    .execDetached({}));
-    ::unsetenv(RELAY);
-    const auto records = readProcessRecords(m_records.path(), 1);
-    ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].arguments, (Texts{editor.string(), "a b.curve,d.curve", "-uniquePerApp"}));
+    const std::string editor = copyOfThisProgram("my tools/level editor");
+    startRelay('"' + editor + "\" \"a b.curve,c.txt,d.curve\" -uniquePerApp", "1");
+    EXPECT_EQ(argumentsOfRelayed(), (Texts{editor, "a b.curve,d.curve", "-uniquePerApp"}));
+}
+
+TEST_F(ExecTest, AnEditorThatWasUpdatedWhileItRunsStartsTheNewOne)
+{
+    const std::string editor = copyOfThisProgram("editor");
+    startRelay(editor + " a.curve", AFTER_UPDATE);
+    EXPECT_EQ(argumentsOfRelayed(), (Texts{editor, "a.curve"}));
+}
+
+TEST_F(ExecTest, AnEditorThatIsNamedLikeADeletedOneStartsAnotherOfItself)
+{
+    const std::string editor = copyOfThisProgram("editor (deleted)");
+    startRelay(editor + " a.curve", "1");
+    EXPECT_EQ(argumentsOfRelayed(), (Texts{editor, "a.curve"}));
 }

@@ -60,6 +60,15 @@ TEST(OpenResourcesRequestTest, ResourcesAreKeptAsTheyAreGiven)
     EXPECT_TRUE(request.empty());
 }
 
+TEST(OpenResourcesRequestTest, WhatMadeItUniqueCanBeTakenBack)
+{
+    OpenResourcesRequest request;
+    request.setUniquePerApp(true);
+    EXPECT_TRUE(request.isUniquePerApp());
+    request.setUniquePerApp(false);
+    EXPECT_FALSE(request.isUniquePerApp());
+}
+
 TEST(OpenResourcesRequestTest, CopiesAndMovesTakeBothFields)
 {
     OpenResourcesRequest request;

@@ -7,12 +7,21 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <string_view>
 
 namespace
 {
 
 void relay(int argc, char** argv)
 {
+    if (std::getenv(RELAY) == std::string_view(AFTER_UPDATE))
+    {
+        const std::filesystem::path program = argv[0];
+        const std::filesystem::path update = program.string() + ".update";
+        std::filesystem::copy_file(program, update);
+        std::filesystem::rename(update, program);
+    }
     ::unsetenv(RELAY); // the process started next writes its record
     vell::AssetRegistry::instance().setType("curve", "Curve");
     const std::vector<std::string> arguments(argv, argv + argc);
