@@ -189,7 +189,7 @@ EditorOptions parseCommandLine(int argc, const char* const* argv)
 {
     try
     {
-        const EditorOptions options = toOptions(readCommandLine(argc, argv));
+        EditorOptions options = toOptions(readCommandLine(argc, argv));
         if (!options.help)
         {
             expectOneJob(options);

@@ -51,7 +51,7 @@ std::string describe(const Item& item)
     std::string text = "\"" + item.name + "\" type:" + item.type + " at " + position.data();
     for (const auto& [key, value] : item.properties)
     {
-        text += " " + key + ":" + value;
+        text.append(" ").append(key).append(":").append(value);
     }
     return text;
 }

@@ -66,6 +66,7 @@ int runOpenSession(const EditorOptions& options, const char* program, std::ostre
     std::vector<std::string> arguments{program, options.resources, "-uniquePerApp"};
     arguments.resize(options.uniquePerApp ? 3 : 2);
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
     {
         argv.push_back(argument.data());

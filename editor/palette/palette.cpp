@@ -137,10 +137,10 @@ void writePaletteTable(std::ostream& out, const std::vector<PaletteEntry>& palet
     {
         std::array<char, 96> line{};
         const Color& color = entry.color;
-        std::snprintf(line.data(), line.size(), "%6zu  %.3f  %.3f  %.3f  %7.2f deg  %17.2f\n", ++number,
-                      static_cast<double>(color.r()), static_cast<double>(color.g()),
-                      static_cast<double>(color.b()), entry.smallestHueDistance,
-                      entry.smallestPerceptualDistance);
+        static_cast<void>(std::snprintf(
+            line.data(), line.size(), "%6zu  %.3f  %.3f  %.3f  %7.2f deg  %17.2f\n", ++number,
+            static_cast<double>(color.r()), static_cast<double>(color.g()), static_cast<double>(color.b()),
+            entry.smallestHueDistance, entry.smallestPerceptualDistance));
         out << line.data();
     }
 }
