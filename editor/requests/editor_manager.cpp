@@ -98,9 +98,10 @@ bool EditorManager::save(IEditor* editor)
 bool EditorManager::saveAll()
 {
     bool all = true;
-    for (std::size_t i = 0; i < m_editors.size(); ++i)
+    const std::vector<std::shared_ptr<Editor>> editors = m_editors; // saving one may open or close others
+    for (const std::shared_ptr<Editor>& editor : editors)
     {
-        all = (!m_editors[i]->modified || save(m_editors[i].get())) && all;
+        all = (!editor->modified || save(editor.get())) && all;
     }
     return all;
 }

@@ -61,7 +61,7 @@ int highestDescriptor() noexcept
     {
         return 1023;
     }
-    constexpr rlim_t MOST = static_cast<rlim_t>(std::numeric_limits<int>::max());
+    constexpr auto MOST = static_cast<rlim_t>(std::numeric_limits<int>::max());
     return static_cast<int>(std::min(limit.rlim_max, MOST)) - 1; // the soft limit may have been lowered since
 }
 

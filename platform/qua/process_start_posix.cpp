@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
-extern char** environ;
+extern char** environ; // NOLINT(readability-redundant-declaration): only some systems' headers have it
 
 namespace qua::Detail
 {

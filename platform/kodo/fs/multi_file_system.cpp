@@ -124,7 +124,7 @@ public:
                 {
                     continue;
                 }
-                const auto name = normalName(fromNative(whole->lexically_relative(*directory)));
+                auto name = normalName(fromNative(whole->lexically_relative(*directory)));
                 if (name && find(*name) == file) // else a root in front has another file of that name
                 {
                     return name;
