@@ -55,8 +55,8 @@ public:
 
 protected:
     /// The command line of a new editor process for these resources:
-    /// <application path> "<resources joined by commas>", and -uniquePerApp when the request is unique.
-    /// Nothing is escaped.
+    /// the application's path, a blank, the resources joined by commas in double quotes, and " -uniquePerApp"
+    /// when the request is unique. Nothing is escaped.
     std::string queryString(const std::vector<std::string>& resources) const;
 
 private:
