@@ -7,7 +7,6 @@
 #include "vell/i_command_line_parser.hpp"
 #include "vell/i_editor_manager.hpp"
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 
 #include <algorithm>
@@ -65,7 +64,7 @@ OpenResourcesRequest::createFromArgs(const vell::ICommandLineParser& parser)
     }
     std::vector<std::string> resources;
     boost::algorithm::split(resources, list,
-                            boost::algorithm::is_any_of(LIST_SEPARATOR)); // empty items are kept
+                            [](char c) { return c == *LIST_SEPARATOR; }); // empty items are kept
     request->setResources(std::move(resources));
     if (parser.getFlag(UNIQUE_SWITCH))
     {
