@@ -1,11 +1,15 @@
 #include "kodo/fs/utils.hpp"
 
+#include "kodo/core/debug_message_helper.hpp"
+#include "kodo/fs/data_section_loader.hpp"
+#include "kodo/fs/file_content.hpp"
 #include "kodo/fs/multi_file_system.hpp"
 #include "kodo/fs/native_path.hpp"
 
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -37,6 +41,60 @@ std::string appPath()
     }
     return path;
 #endif
+}
+
+namespace
+{
+
+SmartPointer<DataSection> openNew(const BasicStringRef<char>& path, DataSectionCreator* creator)
+{
+    const std::string_view whole = removeExtension(path).view();
+    const std::string name(whole.substr(whole.rfind('/') + 1)); // npos + 1 is 0
+    return creator != nullptr ? creator->create(name) : DataSection::makeEmpty(name);
+}
+
+} // namespace
+
+SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew,
+                                      DataSectionCreator* creator)
+{
+    const std::string name = path.toString();
+    FileContent text;
+    const FileReading reading = readFile(text, name, DataSection::MAX_FILE_SIZE);
+    if (reading == FileReading::NoFile)
+    {
+        const bool isFree = makeNew && fileSystem().fileType(name) == FileSystem::FT_NOT_FOUND;
+        return isFree ? openNew(path, creator) : SmartPointer<DataSection>();
+    }
+    if (reading != FileReading::Done)
+    {
+        DebugMessageHelper(0, 5).message(name + ": " + describe(reading, DataSection::MAX_FILE_SIZE));
+        return {};
+    }
+    TextFault fault;
+    SmartPointer<DataSection> section = DataSectionLoader::load(std::move(text), fault);
+    if (fault)
+    {
+        // The parser has worked in the bytes, so that lines are counted in the file once more.
+        FileContent again;
+        if (readFile(again, name, DataSection::MAX_FILE_SIZE) != FileReading::Done)
+        {
+            again = FileContent::ofSize(0);
+        }
+        DataSectionLoader::report(name, std::move(again), fault);
+    }
+    return section;
+}
+
+BasicStringRef<char> removeExtension(const BasicStringRef<char>& path)
+{
+    const std::string_view whole = path.view();
+    const std::size_t name = whole.rfind('/') + 1; // npos + 1 is 0
+    const std::size_t dot = whole.rfind('.');
+    // A dot with nothing but dots before it in the file's name belongs to the name.
+    const bool isExtension = dot != std::string_view::npos && dot > name &&
+                             whole.substr(name, dot - name).find_first_not_of('.') != std::string_view::npos;
+    return isExtension ? whole.substr(0, dot) : whole;
 }
 
 } // namespace Kodo::FS::Utils

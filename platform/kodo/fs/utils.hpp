@@ -1,6 +1,9 @@
 #pragma once
 
+#include "kodo/core/basic_string_ref.hpp"
+#include "kodo/core/smart_pointer.hpp"
 #include "kodo/export.hpp"
+#include "kodo/fs/data_section.hpp"
 
 #include <string>
 
@@ -13,5 +16,19 @@ KODO_API bool fileExists(const std::string& path);
 /// The full path of this process's executable; empty when the system doesn't tell. Where the file has been
 /// replaced since, by an update or a build, it is the path of the new one.
 KODO_API std::string appPath();
+
+/// The tree of a definition file of the shared file system. Null in silence when the name stands for no file,
+/// and with one message when the file cannot be read or is not well-formed.
+///
+/// With @p makeNew a name that stands for nothing gives an empty section in memory (nothing is written), made
+/// by
+/// @p creator where there is one.
+KODO_API SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew = false,
+                                               DataSectionCreator* creator = nullptr);
+
+/// The part of a name in front of its last extension: of "a/b.c.d" it is "a/b.c". Dots in directories and at
+/// the front of a file's name begin none: ".hidden", "a.b/c", "." and ".." stay as they are. Refers to the
+/// same text.
+KODO_API BasicStringRef<char> removeExtension(const BasicStringRef<char>& path);
 
 } // namespace Kodo::FS::Utils
