@@ -93,13 +93,13 @@ ProjectNames::ProjectNames(const fs::path& project)
         throw NamesError(displayName(project) + ": no project: " + RESOURCE_MAP + " is missing");
     }
     m_mount = std::make_unique<Mount>(project);
-    Localization::ResourceManager manager;
-    if (!manager.initialize())
+    m_others = std::make_unique<Localization::ResourceManager>();
+    if (!m_others->initialize())
     {
         throw NamesError(displayName(project / RESOURCE_MAP) + ": cannot be used");
     }
-    m_languages = manager.languages();
-    m_language = manager.language();
+    m_languages = m_others->languages();
+    m_language = m_others->language();
     m_localization = std::make_unique<Localization>(); // first: it reports what cannot be read
     m_definitions = readDefinitions();
 }
@@ -168,15 +168,23 @@ std::size_t ProjectNames::countTranslatable(const std::vector<std::string>& keys
 std::size_t ProjectNames::countUntranslated(const std::vector<std::string>& keys,
                                             const std::string& language) const
 {
-    Localization::ResourceManager manager;
-    manager.setLanguage(language);
-    const auto isUntranslated = [this, &manager](const std::string& key)
+    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(),
+                                                  [this, &language](const std::string& key)
+                                                  {
+                                                      const std::string message = messageOf(key);
+                                                      return !message.empty() &&
+                                                             !isTranslated(message, language);
+                                                  }));
+}
+
+bool ProjectNames::isTranslated(const std::string& message, const std::string& language) const
+{
+    if (language == m_language) // its catalogues are read, and what is wrong with them has been reported
     {
-        const std::string message = messageOf(key);
-        return !message.empty() &&
-               Kodo::Loom::UiResourceUtils::getTranslatedText(message, manager) == message;
-    };
-    return static_cast<std::size_t>(std::count_if(keys.begin(), keys.end(), isUntranslated));
+        return m_localization->loomTranslate(message) != message;
+    }
+    m_others->setLanguage(language);
+    return Kodo::Loom::UiResourceUtils::getTranslatedText(message, *m_others) != message;
 }
 
 std::string describe(const TranslatedName& name)

@@ -12,6 +12,10 @@
 #include <vector>
 
 class Localization;
+namespace Kodo::Loom
+{
+class UiResourceManager;
+}
 
 /// Names that cannot be had; the text says why.
 class NamesError : public std::runtime_error
@@ -68,6 +72,7 @@ public:
 private:
     class Mount;
 
+    bool isTranslated(const std::string& message, const std::string& language) const;
     /// What is handed to the UI framework for a key; empty where that is no affair of a catalogue.
     std::string messageOf(const std::string& key) const;
 
@@ -75,6 +80,7 @@ private:
     std::map<std::string, Definition> m_definitions;
     std::vector<std::string> m_languages;
     std::string m_language;
+    std::unique_ptr<Kodo::Loom::UiResourceManager> m_others; ///< for the languages that are not spoken
     std::unique_ptr<Localization> m_localization;
 };
 

@@ -38,11 +38,6 @@ void ResourceTree::makeDirectory(std::string_view name) const
     fs::create_directories(m_directory / name);
 }
 
-void ResourceTree::remove(std::string_view name) const
-{
-    fs::remove_all(m_directory / name);
-}
-
 void ResourceTree::writeVehicles(const std::string& group, const std::string& children) const
 {
     write("scripts/item_defs/vehicles/" + group + "/list.xml", "<root>" + children + "</root>");

@@ -21,7 +21,6 @@ public:
     const std::filesystem::path& path() const noexcept { return m_directory.path(); }
     void write(std::string_view name, std::string_view bytes) const { m_directory.write(name, bytes); }
     void makeDirectory(std::string_view name) const;
-    void remove(std::string_view name) const;
 
     /// A group's list: "scripts/item_defs/vehicles/<group>/list.xml" with these children of its root.
     void writeVehicles(const std::string& group, const std::string& children) const;
