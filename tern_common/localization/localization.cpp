@@ -37,7 +37,11 @@ Localization::~Localization() = default;
 std::string Localization::translate(const std::string& key)
 {
     std::string text = translateByCache(key);
-    return text.empty() ? loomTranslate(key) : text;
+    if (text.empty())
+    {
+        text = loomTranslate(key);
+    }
+    return text;
 }
 
 std::string Localization::translateByCache(const std::string& key) const
