@@ -2,6 +2,7 @@
 
 #include "kodo/fs/multi_file_system.hpp"
 #include "kodo/fs/native_path.hpp"
+#include "kodo/fs/open_without_links.hpp"
 
 #if defined(_WIN32)
 #include <filesystem>
@@ -46,39 +47,9 @@ FileReading readFromDisk(FileContent& out, const std::string& path, std::size_t 
 
 #else
 
-class Descriptor
+FileReading readOpened(FileContent& out, const Descriptor& file, std::size_t limit)
 {
-public:
-    /// Without waiting, as for the other end of a pipe: what is no ordinary file is not read anyway.
-    explicit Descriptor(const std::string& path) noexcept
-        : m_number(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK))
-    {
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-        {
-            ::close(m_number);
-        }
-    }
-
-    int number() const noexcept { return m_number; }
-
-private:
-    int m_number;
-};
-
-FileReading readFromDisk(FileContent& out, const std::string& path, std::size_t limit)
-{
-    const Descriptor file(path);
     struct stat status = {};
-    if (file.number() < 0)
-    {
-        return errno == EACCES || errno == EMFILE || errno == ENFILE ? FileReading::Failed
-                                                                     : FileReading::NoFile;
-    }
     if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
     {
         return FileReading::NoFile;
@@ -105,19 +76,31 @@ FileReading readFromDisk(FileContent& out, const std::string& path, std::size_t 
     return FileReading::Done;
 }
 
+FileReading readFromDisk(FileContent& out, const std::string& path, std::size_t limit)
+{
+    const Descriptor file(::open(path.c_str(), OPEN_TO_READ));
+    if (!file)
+    {
+        const bool isGone = errno == ENOENT || errno == ENOTDIR || errno == ENXIO;
+        return isGone ? FileReading::NoFile : FileReading::Failed;
+    }
+    return readOpened(out, file, limit);
+}
+
 #endif
 
 } // namespace
 
-FileContent FileContent::ofSize(std::size_t size)
-{
-    FileContent content{std::make_unique_for_overwrite<char[]>(size + 1), size};
-    content.data[size] = '\0';
-    return content;
-}
-
 FileReading readFile(FileContent& out, const std::string& name, std::size_t limit)
 {
+#if !defined(_WIN32)
+    Descriptor file;
+    const Opening opening = fileSystem().openPlain(file, name, OPEN_TO_READ);
+    if (opening != Opening::Unsure)
+    {
+        return opening == Opening::Done ? readOpened(out, file, limit) : FileReading::NoFile;
+    }
+#endif
     const std::string path = fileSystem().diskPath(name);
     return path.empty() ? FileReading::NoFile : readFromDisk(out, path, limit);
 }

@@ -15,10 +15,15 @@ struct FileContent
     std::size_t size = 0;
 
     std::string_view view() const noexcept { return {data.get(), size}; }
-    static FileContent ofSize(std::size_t size);
+    static FileContent ofSize(std::size_t size)
+    {
+        FileContent content{std::make_unique_for_overwrite<char[]>(size + 1), size};
+        content.data[size] = '\0';
+        return content;
+    }
 };
 
-enum class FileReading
+enum class FileReading : int
 {
     Done,
     NoFile, ///< nothing of that name, or no ordinary file

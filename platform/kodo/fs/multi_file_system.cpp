@@ -1,11 +1,17 @@
 #include "kodo/fs/multi_file_system.hpp"
 
 #include "kodo/fs/native_path.hpp"
+#include "kodo/fs/open_without_links.hpp"
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <system_error>
 #include <utility>
+
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
 
 namespace Kodo::FS
 {
@@ -55,6 +61,30 @@ std::optional<fs::path> normalName(const std::string& name)
     }
     return normal;
 }
+
+#if !defined(_WIN32)
+
+/// Whether a name is relative and every part of it counts.
+bool isPlain(std::string_view name)
+{
+    if (name.find('\0') != std::string_view::npos)
+    {
+        return false;
+    }
+    for (std::size_t begin = 0; begin <= name.size();)
+    {
+        const std::size_t end = std::min(name.find('/', begin), name.size());
+        const std::string_view part = name.substr(begin, end - begin);
+        if (part.empty() || part == "." || part == "..")
+        {
+            return false;
+        }
+        begin = end + 1;
+    }
+    return true;
+}
+
+#endif
 
 FileSystem::FileType typeOnDisk(const fs::path& path)
 {
@@ -172,8 +202,54 @@ std::shared_ptr<const MultiFileSystem::Roots> MultiFileSystem::roots() const
     return m_roots;
 }
 
+#if defined(_WIN32)
+
+Opening MultiFileSystem::openPlain(Descriptor&, const std::string&, int) const
+{
+    return Opening::Unsure;
+}
+
+#else
+
+/// Opens what a name stands for in the first root that has it, provided that the name is written without
+/// parts that don't count and that there is no link on the way. All else is left to the long way through the
+/// links.
+Opening MultiFileSystem::openPlain(Descriptor& out, const std::string& name, int flags) const
+{
+    if (!isPlain(name))
+    {
+        return Opening::Unsure;
+    }
+    for (const Roots::Root& root : roots()->list())
+    {
+        std::string path;
+        path.reserve(root.canonical.native().size() + 1 + name.size());
+        path.append(root.canonical.native()).append(1, '/').append(name);
+        if (const Opening opening = openWithoutLinks(out, path, flags); opening != Opening::NotThere)
+        {
+            return opening;
+        }
+    }
+    return Opening::NotThere;
+}
+
+#endif
+
 FileSystem::FileType MultiFileSystem::fileType(const std::string& name) const
 {
+#if !defined(_WIN32)
+    Descriptor file;
+    struct stat status = {};
+    const Opening opening = openPlain(file, name, OPEN_TO_ASK);
+    if (opening == Opening::NotThere)
+    {
+        return FT_NOT_FOUND;
+    }
+    if (opening == Opening::Done && ::fstat(file.number(), &status) == 0)
+    {
+        return S_ISREG(status.st_mode) ? FT_FILE : S_ISDIR(status.st_mode) ? FT_DIRECTORY : FT_OTHER;
+    }
+#endif
     const auto normal = normalName(name);
     const fs::path found = normal ? roots()->find(*normal) : fs::path();
     return found.empty() ? FT_NOT_FOUND : typeOnDisk(found);

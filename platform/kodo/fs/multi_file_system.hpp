@@ -3,6 +3,7 @@
 #include "kodo/export.hpp"
 #include "kodo/fs/file_system.hpp"
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -10,6 +11,11 @@
 
 namespace Kodo::FS
 {
+
+class Descriptor;
+struct FileContent;
+enum class FileReading : int;
+enum class Opening : int;
 
 /// Several directories seen as one tree: where more than one of these roots has a name, the first one wins.
 ///
@@ -53,6 +59,8 @@ public:
 
 private:
     class Roots;
+    friend FileReading readFile(FileContent& out, const std::string& name, std::size_t limit);
+    Opening openPlain(Descriptor& out, const std::string& name, int flags) const;
     std::shared_ptr<const Roots> roots() const;
 
     mutable std::mutex m_mutex;
