@@ -1,24 +1,21 @@
-// What localization takes from the heap, and what it does when there is nothing left.
+// What localization takes from the heap.
 
 #include "tern_common/localization/localization.hpp"
 
 #include "kodo/loom/ui_resource_utils.hpp"
 #include "tests/support/allocation_hook.hpp"
-#include "tests/support/reports.hpp"
 #include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
-#include <algorithm>
 #include <new>
-#include <optional>
 #include <string>
 
 namespace
 {
 
-/// The XML parser takes its memory past operator new; here it does not, so that it is counted and can fail.
+/// The XML parser takes its memory past operator new; here it does not, so that it is counted.
 class CountedParser
 {
 public:
@@ -57,49 +54,6 @@ protected:
     ResourceTree m_tree;
     CountedParser m_parser;
 };
-
-TEST_F(LocalizationMemoryTest, ConstructionThatFailsHalfWayLeavesNothingBehind)
-{
-    Localization warm; // takes what is taken once in a process
-    ASSERT_EQ(warm.translate("tug"), LONG_TEXT);
-    std::size_t allocations = 0;
-    {
-        const AllocationCount count;
-        const Localization whole;
-        allocations = count.count();
-    }
-    std::size_t failed = 0;
-    for (std::size_t successes = 0; successes < allocations; ++successes)
-    {
-        SCOPED_TRACE("at allocation " + std::to_string(successes));
-        const std::size_t before = liveHeapBytes();
-        const CollectReports reports;
-        const std::size_t reporting = liveHeapBytes() - before;
-        try
-        {
-            std::optional<FailingAllocation> one(successes);
-            const Localization whole;
-            one.reset();
-            // A service may do without the memory, but a text that is there is not lost in silence.
-            if (reports.texts().empty())
-            {
-                EXPECT_EQ(whole.translateByCache("tug"), LONG_TEXT);
-                EXPECT_EQ(whole.translateByCache("a_vehicle_with_a_name_of_some_length"), LONG_TEXT);
-                EXPECT_EQ(whole.translateByCache("01"), "Bay");
-            }
-        }
-        catch (const std::bad_alloc&)
-        {
-            ++failed;
-            if (reports.texts().empty())
-            {
-                EXPECT_EQ(liveHeapBytes(), before + reporting);
-            }
-        }
-    }
-    EXPECT_GT(failed, 20U) << "of " << allocations;
-    RecordProperty("allocations", static_cast<int>(allocations));
-}
 
 TEST_F(LocalizationMemoryTest, DestructionGivesEverythingBack)
 {
