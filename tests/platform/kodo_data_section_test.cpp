@@ -1,0 +1,457 @@
+#include "kodo/fs/data_section.hpp"
+
+#include "kodo/fs/multi_file_system.hpp"
+#include "kodo/fs/utils.hpp"
+#include "tests/support/allocation_hook.hpp"
+#include "tests/support/reports.hpp"
+#include "tests/support/temporary_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
+using namespace std::literals;
+using Kodo::DataSection;
+using Section = Kodo::SmartPointer<DataSection>;
+
+namespace
+{
+
+Section parse(const std::string& text)
+{
+    return DataSection::parse(text, "f.xml");
+}
+
+std::string valueOf(const std::string& text)
+{
+    const Section section = parse("<root><v>" + text + "</v></root>");
+    return section ? section->readString("v", "none") : "no tree";
+}
+
+std::vector<std::string> childNames(const Section& section)
+{
+    std::vector<std::string> names;
+    for (const Section& child : *section)
+    {
+        names.push_back(child->sectionName());
+    }
+    return names;
+}
+
+std::string repeated(const std::string& text, std::size_t count)
+{
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        result += text;
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(DataSectionTest, ChildrenComeInTheOrderOfTheFile)
+{
+    const Section section = parse("<list>\n  <b/>\n  <a> 1 </a>\n  <b> 2 </b>\n</list>\n");
+    ASSERT_TRUE(section);
+    EXPECT_EQ(section->sectionName(), "list");
+    EXPECT_EQ(childNames(section), (std::vector{"b"s, "a"s, "b"s}));
+    Kodo::DataSectionIterator at = section->begin();
+    const Kodo::ConstDataSectionIterator& step = ++at;
+    EXPECT_TRUE(step != section->end());
+    EXPECT_EQ((*at)->asString(), "1");
+    ++at;
+    ++at;
+    EXPECT_FALSE(at != section->end());
+}
+
+TEST(DataSectionTest, OnlyElementsAreChildren)
+{
+    const Section section =
+        parse("<?xml version='1.0'?><!DOCTYPE list [<!ELEMENT a ANY>]><!-- c --><list with='attribute'>text"
+              "<!-- <c/> --><?pi <d/>?><![CDATA[<e/>]]><a/></list><!-- end -->");
+    ASSERT_TRUE(section);
+    EXPECT_EQ(childNames(section), (std::vector{"a"s}));
+    EXPECT_EQ(section->asString(), "text<e/>");
+}
+
+TEST(DataSectionTest, AConstantSectionIsWalkedThroughAsWell)
+{
+    const Kodo::SmartPointer<const DataSection> section = parse("<l><a>1</a><b>2</b></l>");
+    std::string texts;
+    for (const Kodo::SmartPointer<const DataSection>& child : *section)
+    {
+        texts += child->asString();
+    }
+    EXPECT_EQ(texts, "12");
+}
+
+TEST(DataSectionTest, TheDefaultStandsInForAMissingChildOnly)
+{
+    const Section section = parse("<l><empty/><blank> \t\r\n </blank><a>first</a><a>second</a></l>");
+    EXPECT_EQ(section->readString("none", "default", 0), "default");
+    EXPECT_EQ(section->readString("none"), "");
+    EXPECT_EQ(section->readString("empty", "default", 0), "");
+    EXPECT_EQ(section->readString("blank", "default", 0), "");
+    EXPECT_EQ(section->readString("a", "default", 0), "first");
+    EXPECT_EQ(section->readString("A", "default", 0), "default");
+    EXPECT_EQ(section->readString("a", "default", -1), "first") << "no flag means anything here";
+}
+
+TEST(DataSectionTest, AKeyWithSlashesGoesDown)
+{
+    const Section section = parse("<l>own<a>x<b>y<c>z</c></b></a><a><b>other</b></a></l>");
+    EXPECT_EQ(section->readString(""), "own");
+    EXPECT_EQ(section->readString("a/b"), "y");
+    EXPECT_EQ(section->readString("a/b/c"), "z");
+    EXPECT_EQ(section->readString("a/"), "x");
+    EXPECT_EQ(section->readString("a/c", "default"), "default");
+    EXPECT_EQ(section->readString("/a", "default"), "default");
+    EXPECT_EQ(section->readString("a//b", "default"), "default");
+    EXPECT_EQ(section->readString(Kodo::BasicStringRef<char>("a/b/tail", 3)), "y");
+}
+
+TEST(DataSectionTest, ATextIsAllThatStandsInTheElementWithoutTheBlanksAround)
+{
+    EXPECT_EQ(valueOf(" #vehicles:hauler "), "#vehicles:hauler");
+    EXPECT_EQ(valueOf("\n\ttwo  words\r\n"), "two  words");
+    EXPECT_EQ(valueOf("#vehicles<!-- not this -->:hauler"), "#vehicles:hauler");
+    EXPECT_EQ(valueOf("<?pi?>a<![CDATA[ <b> & ]]> c "), "a <b> &  c");
+    EXPECT_EQ(valueOf("a<deeper>not this</deeper>b"), "ab");
+    EXPECT_EQ(valueOf("a\r\nb\rc"), "a\nb\nc");
+    EXPECT_EQ(valueOf("\xC2\xA0x"), "\xC2\xA0x") << "a space that does not break lines is text";
+}
+
+TEST(DataSectionTest, PredefinedEntitiesAndCharacterReferencesAreExpandedAndOthersStay)
+{
+    EXPECT_EQ(valueOf("&lt;&gt;&amp;&quot;&apos;&#65;&#x42;&#xE4;"), "<>&\"'AB\xC3\xA4");
+    EXPECT_EQ(valueOf("&other; &nbsp; & &; &#x;"), "&other; &nbsp; & &; &#x;");
+}
+
+TEST(DataSectionTest, EntitiesOfADocumentTypeAreNotExpanded)
+{
+    std::string text = "<!DOCTYPE l [<!ENTITY a0 'ha'><!ENTITY file SYSTEM 'file:///etc/passwd'>";
+    for (int i = 1; i < 30; ++i)
+    {
+        const std::string before = "&a" + std::to_string(i - 1) + ';';
+        text += "<!ENTITY a" + std::to_string(i) + " '" + repeated(before, 10) + "'>";
+    }
+    const Section section = parse(text + "]><l><a>&a29;</a><file>&file;</file></l>");
+    ASSERT_TRUE(section);
+    EXPECT_EQ(section->readString("a"), "&a29;");
+    EXPECT_EQ(section->readString("file"), "&file;");
+}
+
+TEST(DataSectionTest, AChildOutlivesTheSectionsItWasReachedThrough)
+{
+    Section child;
+    Kodo::DataSectionIterator at;
+    {
+        const Section root = parse("<l><a><b>1</b><c>2</c></a></l>");
+        at = root->begin();
+        child = *(*at)->begin();
+    }
+    EXPECT_EQ(child->sectionName(), "b");
+    EXPECT_EQ(child->asString(), "1");
+    EXPECT_EQ((*at)->readString("c"), "2") << "so does an iterator";
+}
+
+TEST(DataSectionTest, TheLastSectionReleasesTheFile)
+{
+    const std::string text = "<l>" + std::string(1'000'000, 'x') + "<a/></l>";
+    const std::size_t before = liveHeapBytes();
+    Section section = parse(text);
+    Section child = *section->begin();
+    section = nullptr;
+    EXPECT_GT(liveHeapBytes(), before + text.size());
+    child = nullptr;
+    EXPECT_EQ(liveHeapBytes(), before);
+}
+
+TEST(DataSectionTest, SteppingThroughChildrenAllocatesThemAndNothingElse)
+{
+    const Section section = parse("<l>" + repeated("<a><userString> #a:b </userString></a>", 100) + "</l>");
+    const AllocationCount allocations;
+    std::size_t length = 0;
+    for (const Section& child : *section)
+    {
+        length += child->sectionName().size() + child->readString("userString", "", 0).size();
+    }
+    EXPECT_EQ(allocations.count(), 100U);
+    EXPECT_EQ(length, 500U);
+}
+
+TEST(DataSectionTest, AnEmptySectionHasANameAndNothingElse)
+{
+    const Section section = DataSection::makeEmpty("new one");
+    EXPECT_EQ(section->sectionName(), "new one");
+    EXPECT_EQ(section->asString(), "");
+    EXPECT_FALSE(section->begin() != section->end());
+}
+
+TEST(DataSectionTest, SectionsMayBeReadFromSeveralThreads)
+{
+    const Section section = parse("<l>" + repeated("<a><b>x</b></a>", 200) + "</l>");
+    const auto read = [&section]
+    {
+        for (const Section& child : *section)
+        {
+            EXPECT_EQ(child->readString("b"), "x");
+        }
+    };
+    std::thread other(read);
+    read();
+    other.join();
+}
+
+TEST(DataSectionFaultTest, WhatIsNotWellFormedIsOneMessageAndNoTree)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "f.xml:1:1: No element"},
+        {" \n <!-- only --> \n", "f.xml:3:1: No element"},
+        {"text", "f.xml:1:1: Text outside of the root element"},
+        {"<l/>text", "f.xml:1:5: Text outside of the root element"},
+        {"<l/>\n<m/>", "f.xml:2:2: A second root element"},
+        {"<l>\n  <a></b>\n</l>", "f.xml:2:8: Start-end tags mismatch"},
+        {"<l><a/>", "f.xml:1:7: Start-end tags mismatch"},
+        {"<l><a", "f.xml:1:5: Error parsing start element tag"},
+        {"<l a=>", "f.xml:1:6: Error parsing element attribute"},
+        {"<l><!-- open", "f.xml:1:12: Error parsing comment"},
+        {"<l><![CDATA[ open", "f.xml:1:13: Error parsing CDATA section"},
+        {"\xEF\xBB\xBF<\xC3\xA4\xC3\xB6></l>", "f.xml:1:7: Start-end tags mismatch"},
+        {"<l>a\0b</l>"s, "f.xml:1:5: A NUL in the text"},
+        {"<l/>\0"s, "f.xml:1:5: A NUL in the text"},
+    };
+    for (const auto& [text, message] : cases)
+    {
+        CollectReports reports;
+        EXPECT_FALSE(parse(text)) << text;
+        EXPECT_EQ(reports.texts(), std::vector{message}) << text;
+    }
+}
+
+TEST(DataSectionFaultTest, AFaultIsReportedWithPriorityFive)
+{
+    ExpectReports reports{"f.xml:1:1: No element"};
+    parse("");
+    EXPECT_EQ(reports.reports().at(0).priority, 5);
+    EXPECT_FALSE(reports.reports().at(0).critical);
+}
+
+TEST(DataSectionFaultTest, DeepNestingNeedsNoStack)
+{
+    for (const std::size_t depth : {10'000U, 1'000'000U})
+    {
+        Section section = parse(repeated("<a>", depth) + "x" + repeated("</a>", depth));
+        ASSERT_TRUE(section);
+        for (std::size_t i = 1; i < 10'000; ++i)
+        {
+            section = *section->begin();
+        }
+        EXPECT_EQ(section->asString(), depth == 10'000 ? "x" : "");
+        const ExpectReports reports{"f.xml:1:" + std::to_string(3 * depth) + ": Start-end tags mismatch"};
+        EXPECT_FALSE(parse(repeated("<a>", depth)));
+    }
+}
+
+TEST(DataSectionEncodingTest, AByteOrderMarkIsNoText)
+{
+    EXPECT_EQ(parse("\xEF\xBB\xBF<l>\xC3\xA4</l>")->asString(), "\xC3\xA4");
+    EXPECT_EQ(parse("\xEF\xBB\xBF<?xml version='1.0' encoding='koi8-r'?><l>\xC3\xA4</l>")->asString(),
+              "\xC3\xA4");
+}
+
+TEST(DataSectionEncodingTest, Utf16IsKnownByItsMarkOrItsZeros)
+{
+    const std::u16string text = u"<l>\u00E4\U0001F600\n</l>";
+    for (const bool isBigEndian : {false, true})
+    {
+        for (const bool hasMark : {false, true})
+        {
+            std::string bytes;
+            for (const char16_t unit : (hasMark ? u"\uFEFF" : u"") + text)
+            {
+                const auto high = static_cast<char>(unit >> 8U);
+                const auto low = static_cast<char>(unit & 0xFFU);
+                bytes += isBigEndian ? std::string{high, low} : std::string{low, high};
+            }
+            const Section section = parse(bytes);
+            ASSERT_TRUE(section);
+            EXPECT_EQ(section->asString(), "\xC3\xA4\xF0\x9F\x98\x80");
+            const ExpectReports reports{"f.xml:1:5: Start-end tags mismatch"};
+            EXPECT_FALSE(parse(bytes.substr(0, bytes.find(isBigEndian ? "\0\n"s : "\n\0"s))));
+        }
+    }
+}
+
+TEST(DataSectionEncodingTest, LoneSurrogatesAndHalfUnitsAreReplaced)
+{
+    EXPECT_EQ(parse("<\0l\0>\0\0\xD8<\0/\0l\0>\0"s)->asString(), "\xEF\xBF\xBD");
+    const ExpectReports reports{"f.xml:1:5: Text outside of the root element"};
+    EXPECT_FALSE(parse("<\0l\0/\0>\0x"s));
+}
+
+TEST(DataSectionEncodingTest, ADeclaredEncodingIsConvertedOrRefused)
+{
+    const auto declared = [](const std::string& encoding)
+    { return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><l>\xE4</l>"; };
+    EXPECT_EQ(parse(declared("ISO-8859-1"))->asString(), "\xC3\xA4");
+    EXPECT_EQ(parse(declared("latin1"))->asString(), "\xC3\xA4");
+    EXPECT_EQ(parse(declared("utf-8"))->asString(), "\xE4") << "bytes that are no UTF-8 pass as they are";
+    EXPECT_EQ(parse(declared("UTF-16"))->asString(), "\xE4") << "in single bytes it cannot be";
+    const ExpectReports reports{"f.xml:1:31: The encoding windows-1251 is not known"};
+    EXPECT_FALSE(parse(declared("windows-1251")));
+}
+
+namespace
+{
+
+class OpenSectionTest : public testing::Test
+{
+protected:
+    OpenSectionTest() { EXPECT_TRUE(Kodo::FS::fileSystem().addRoot((m_disk / "root").string())); }
+    OpenSectionTest(const OpenSectionTest&) = delete;
+    OpenSectionTest& operator=(const OpenSectionTest&) = delete;
+    ~OpenSectionTest() override { Kodo::FS::fileSystem().clearRoots(); }
+
+    static Section open(const std::string& name)
+    {
+        return Kodo::FS::Utils::openSection(name, false, nullptr);
+    }
+
+    struct Root : TemporaryDirectory
+    {
+        Root() { write("root/list.xml", "<list><a>1</a></list>"); }
+    } m_disk;
+};
+
+} // namespace
+
+TEST_F(OpenSectionTest, AFileOfTheSharedFileSystemIsOpened)
+{
+    m_disk.write("root/a/b.xml", "<b/>");
+    EXPECT_EQ(open("list.xml")->readString("a"), "1");
+    EXPECT_EQ(open("./a//b.xml")->sectionName(), "b");
+    EXPECT_EQ(open("a/b.xml/")->sectionName(), "b") << "blank parts of a name don't count";
+    EXPECT_EQ(Kodo::FS::Utils::openSection("list.xml")->sectionName(), "list");
+}
+
+TEST_F(OpenSectionTest, WhatIsNoFileIsNullInSilence)
+{
+    m_disk.write("root/dir.xml/inside.xml", "<a/>");
+    m_disk.write("outside.xml", "<a/>");
+    std::filesystem::create_symlink(m_disk / "outside.xml", m_disk / "root/out.xml");
+    for (const std::string name : {"none.xml", "", "dir.xml", "list.xml/below.xml", "../outside.xml",
+                                   "dir.xml/../list.xml", "out.xml", "/etc/passwd"})
+    {
+        EXPECT_FALSE(open(name)) << name;
+    }
+    EXPECT_FALSE(open((m_disk / "root/list.xml").string()));
+    EXPECT_FALSE(open("list.xml\0"s));
+    EXPECT_FALSE(open(std::string(100'000, 'a')));
+}
+
+TEST_F(OpenSectionTest, LinksWithinTheRootAreFollowed)
+{
+    std::filesystem::create_symlink("list.xml", m_disk / "root/link.xml");
+    EXPECT_EQ(open("link.xml")->sectionName(), "list");
+}
+
+#if !defined(_WIN32)
+TEST_F(OpenSectionTest, APipeIsNotWaitedFor)
+{
+    ASSERT_EQ(::mkfifo((m_disk / "root/pipe.xml").c_str(), 0600), 0);
+    EXPECT_FALSE(open("pipe.xml"));
+}
+#endif
+
+TEST_F(OpenSectionTest, AMalformedFileIsOneMessageWithItsPlace)
+{
+    m_disk.write("root/defs/bad.xml", "<l>\r\n  <a>&amp;&amp;&amp;</a>\r\n  <b></c>\r\n</l>");
+    m_disk.write("root/defs/empty.xml", "");
+    const ExpectReports reports{"defs/bad.xml:3:8: Start-end tags mismatch",
+                                "defs/empty.xml:1:1: No element"};
+    EXPECT_FALSE(open("defs/bad.xml"));
+    EXPECT_FALSE(open("defs/empty.xml"));
+}
+
+TEST_F(OpenSectionTest, AFileOfAHundredMegabytesIsRead)
+{
+    constexpr std::size_t SIZE = 100'000'000;
+    m_disk.write("root/large.xml", "<l><a>" + std::string(SIZE, 'x') + "</a></l>");
+    const Section section = open("large.xml");
+    ASSERT_TRUE(section);
+    EXPECT_EQ(section->readString("a").size(), SIZE);
+}
+
+TEST_F(OpenSectionTest, AFileBeyondTheLimitIsRefusedUnread)
+{
+    const auto path = m_disk.write("root/huge.xml");
+    std::filesystem::resize_file(path, DataSection::MAX_FILE_SIZE + 1);
+    const ExpectReports reports{"huge.xml: the file is larger than 268435456 bytes"};
+    EXPECT_FALSE(open("huge.xml"));
+}
+
+TEST_F(OpenSectionTest, ANewSectionStandsInForWhatIsNotThere)
+{
+    const Section section = Kodo::FS::Utils::openSection("defs/new.one.xml", true, nullptr);
+    ASSERT_TRUE(section);
+    EXPECT_EQ(section->sectionName(), "new.one");
+    EXPECT_FALSE(Kodo::FS::fileSystem().exists("defs/new.one.xml")) << "nothing is written";
+    EXPECT_EQ(Kodo::FS::Utils::openSection("list.xml", true, nullptr)->readString("a"), "1");
+    EXPECT_FALSE(Kodo::FS::Utils::openSection("", true, nullptr)) << "a directory is there";
+}
+
+TEST_F(OpenSectionTest, ACreatorMakesTheNewSection)
+{
+    class Creator : public Kodo::DataSectionCreator
+    {
+    public:
+        Section create(const std::string& name) override
+        {
+            return parse("<" + name + "><made/></" + name + ">");
+        }
+    } creator;
+    EXPECT_EQ(childNames(Kodo::FS::Utils::openSection("defs/new.xml", true, &creator)),
+              (std::vector{"made"s}));
+    EXPECT_FALSE(Kodo::FS::Utils::openSection("defs/new.xml", false, &creator)) << "none was asked for";
+}
+
+TEST(RemoveExtensionTest, TakesTheLastExtensionOfTheFilesName)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"01_example.xml", "01_example"},
+        {"a.b.xml", "a.b"},
+        {"dir.d/file", "dir.d/file"},
+        {"dir.d/file.xml", "dir.d/file"},
+        {".hidden", ".hidden"},
+        {".hidden.xml", ".hidden"},
+        {"dir/.hidden", "dir/.hidden"},
+        {"..", ".."},
+        {"a/..", "a/.."},
+        {"..xml", "..xml"},
+        {"", ""},
+        {".", "."},
+        {"file.", "file"},
+        {"dir.d/", "dir.d/"},
+        {"no extension", "no extension"},
+    };
+    for (const auto& [path, expected] : cases)
+    {
+        EXPECT_EQ(Kodo::FS::Utils::removeExtension(path).toString(), expected) << path;
+    }
+}
+
+TEST(RemoveExtensionTest, RefersToTheTextItIsGiven)
+{
+    const std::string path = "a.xml";
+    EXPECT_EQ(Kodo::FS::Utils::removeExtension(path).data(), path.data());
+}

@@ -1,0 +1,338 @@
+#include "kodo/loom/ui_resource_manager.hpp"
+
+#include "kodo/core/debug_message_helper.hpp"
+#include "kodo/loom/ui_resource_utils.hpp"
+#include "tests/support/allocation_hook.hpp"
+#include "tests/support/reports.hpp"
+#include "tests/support/text_resources.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+using Kodo::Loom::UiResourceManager;
+using Kodo::Loom::UiResourceUtils::currentLanguage;
+using Kodo::Loom::UiResourceUtils::getTranslatedText;
+using Kodo::Loom::UiResourceUtils::setCurrentLanguage;
+using Manager = TextResources::Manager;
+using Texts = std::vector<std::string>;
+
+static_assert(std::has_virtual_destructor_v<UiResourceManager>);
+static_assert(!std::is_copy_constructible_v<UiResourceManager>);
+static_assert(std::is_same_v<decltype(&UiResourceManager::initialize), bool (UiResourceManager::*)()>);
+static_assert(
+    std::is_same_v<decltype(&UiResourceManager::resourceMapPath), const char* (UiResourceManager::*)()>);
+
+namespace
+{
+
+const std::string LONG_TEXT = "a text that is too long to stand in a string itself";
+
+class ResourceMapTest : public testing::Test
+{
+protected:
+    ResourceMapTest()
+    {
+        m_resources.write("map.json", R"({
+    "language": "de",
+    "fallbacks": { "de": ["en"], "de_AT": ["de", "en"] },
+    "catalogues": {
+        "vehicles": { "de": "text/de/vehicles.mo", "en": "text/en/vehicles.mo", "fr": "text/fr/vehicles.mo" },
+        "arenas": { "en": "text/en/arenas.mo" }
+    }
+})");
+        m_resources.writeCatalogue("text/de/vehicles.mo", {{"hauler", "Lastkran"}, {"empty", ""}});
+        m_resources.writeCatalogue(
+            "text/en/vehicles.mo",
+            {{"hauler", "Hauler"}, {"tug", "Tug"}, {"empty", "Empty"}, {"long", LONG_TEXT}});
+        m_resources.writeCatalogue("text/fr/vehicles.mo", {{"hauler", "Grue"}});
+        m_resources.writeCatalogue("text/en/arenas.mo",
+                                   {{"Open #2: all", "Second"}, {"with \xC3\xA4", "Umlaut"}});
+    }
+
+    std::string translate(const std::string& key) const { return getTranslatedText(key, m_manager); }
+
+    TextResources m_resources;
+    Manager m_manager;
+};
+
+/// Any map and what is reported when it is read.
+void expectReports(const std::string& map, const Texts& reports, bool isUsable)
+{
+    const TextResources resources;
+    resources.write("map.json", map);
+    Manager manager;
+    CollectReports collected;
+    EXPECT_EQ(manager.initialize(), isUsable) << map;
+    EXPECT_EQ(manager.initialize(), isUsable) << map;
+    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
+    EXPECT_EQ(collected.texts(), reports) << map;
+}
+
+} // namespace
+
+TEST_F(ResourceMapTest, AKeyIsTranslatedByDomainAndMessage)
+{
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    EXPECT_EQ(translate("#arenas:with \xC3\xA4"), "Umlaut");
+}
+
+TEST_F(ResourceMapTest, TextInFrontOfTheReferenceStays)
+{
+    EXPECT_EQ(translate("Old #vehicles:hauler"), "Old Lastkran");
+    EXPECT_EQ(translate(":#vehicles:hauler"), ":Lastkran");
+}
+
+TEST_F(ResourceMapTest, AMessageGoesToTheEndOfTheKey)
+{
+    EXPECT_EQ(translate("#arenas:Open #2: all"), "Second");
+    EXPECT_EQ(translate("#vehicles:hauler "), "#vehicles:hauler ") << "blanks count";
+}
+
+TEST_F(ResourceMapTest, AKeyThatLeadsToNoTranslationComesBackAsItStands)
+{
+    for (const std::string key :
+         {"", "hauler", "abc#def", "#", "#:", "#vehicles", "#vehicles:", "#:hauler", "#unknown:hauler",
+          "#vehicles:unknown", "vehicles:hauler", "##vehicles:hauler", "# vehicles:hauler",
+          "front #vehicles:unknown", "#vehicles:hau", "#vehicles:haulers"})
+    {
+        EXPECT_EQ(translate(key), key);
+    }
+    const std::string withNul("#vehicles:hauler\0", 17);
+    EXPECT_EQ(translate(withNul), withNul);
+}
+
+TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
+{
+    EXPECT_EQ(translate("#vehicles:tug"), "Tug");
+    EXPECT_EQ(translate("#vehicles:empty"), "Empty") << "an empty translation is none";
+    EXPECT_TRUE(m_manager.setLanguage("de_AT"));
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    EXPECT_EQ(translate("#vehicles:tug"), "Tug");
+    EXPECT_TRUE(m_manager.setLanguage("fr"));
+    EXPECT_EQ(translate("#vehicles:hauler"), "Grue");
+    EXPECT_EQ(translate("#vehicles:tug"), "#vehicles:tug") << "French names no fallback";
+}
+
+TEST_F(ResourceMapTest, TheLanguageOfAManagerIsSwitched)
+{
+    EXPECT_EQ(m_manager.language(), "de");
+    EXPECT_EQ(m_manager.languages(), (Texts{"de", "de_AT", "en", "fr"}));
+    EXPECT_TRUE(m_manager.setLanguage("en"));
+    EXPECT_EQ(m_manager.language(), "en");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
+    EXPECT_FALSE(m_manager.setLanguage("it"));
+    EXPECT_FALSE(m_manager.setLanguage(""));
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
+}
+
+TEST_F(ResourceMapTest, TheCurrentLanguageIsThatOfManagersThatReadTheirMapFromThenOn)
+{
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    setCurrentLanguage("en");
+    EXPECT_EQ(currentLanguage(), "en");
+    Manager later;
+    EXPECT_EQ(getTranslatedText("#vehicles:hauler", later), "Hauler");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    setCurrentLanguage("");
+    Manager last;
+    EXPECT_EQ(last.language(), "de");
+}
+
+TEST_F(ResourceMapTest, ACurrentLanguageThatTheMapDoesNotKnowIsReportedOnce)
+{
+    const ExpectReports reports{"map.json: there is no language \"it\""};
+    setCurrentLanguage("it");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    setCurrentLanguage("");
+}
+
+TEST_F(ResourceMapTest, TheMapIsReadOnceAndByTheFirstKeyThatNeedsIt)
+{
+    m_resources.write("map.json", "no map yet");
+    EXPECT_EQ(translate("hauler"), "hauler");
+    m_resources.write("map.json",
+                      R"({"language": "en", "catalogues": {"v": {"en": "text/en/vehicles.mo"}}})");
+    EXPECT_EQ(translate("#v:hauler"), "Hauler");
+    m_resources.write("map.json", "no map any more");
+    EXPECT_TRUE(m_manager.initialize());
+    EXPECT_EQ(translate("#v:hauler"), "Hauler");
+}
+
+TEST_F(ResourceMapTest, ACatalogueIsReadOnceAndByTheFirstMessageLookedForInIt)
+{
+    m_resources.write("text/fr/vehicles.mo", "no catalogue, and not needed");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+    m_resources.write("text/de/vehicles.mo", "not read again");
+    EXPECT_TRUE(m_manager.setLanguage("en"));
+    EXPECT_TRUE(m_manager.setLanguage("de"));
+    EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
+}
+
+TEST_F(ResourceMapTest, AMissingCatalogueIsReportedOnceAndTheFallbackSpeaks)
+{
+    const ExpectReports reports{"text/de/vehicles.mo: there is no such file"};
+    std::filesystem::remove(m_resources.disk() / "text/de/vehicles.mo");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
+    EXPECT_TRUE(m_manager.setLanguage("de_AT"));
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler") << "one file is read once for all languages";
+}
+
+TEST_F(ResourceMapTest, ATranslationAllocatesNothingButItsResult)
+{
+    const std::string keys[] = {"#vehicles:hauler",  "#vehicles:long",  "Old #vehicles:long",
+                                "#vehicles:unknown", "#unknown:hauler", "hauler"};
+    for (const std::string& key : keys)
+    {
+        const std::string expected = translate(key);
+        const AllocationCount forCopy;
+        const std::string copy = expected;
+        const std::size_t allowed = forCopy.count();
+        const AllocationCount forTranslation;
+        const std::string text = getTranslatedText(key, m_manager);
+        EXPECT_EQ(forTranslation.count(), allowed) << key;
+        EXPECT_EQ(text, copy);
+    }
+}
+
+TEST_F(ResourceMapTest, AnySeveralThreadsMayTranslateAndSwitch)
+{
+    std::atomic<int> failures{0};
+    const auto speak = [this, &failures]
+    {
+        for (int i = 0; i < 2000; ++i)
+        {
+            const std::string text = translate("#vehicles:hauler");
+            failures += text == "Lastkran" || text == "Hauler" ? 0 : 1;
+            failures += translate("#vehicles:tug") == "Tug" ? 0 : 1;
+        }
+    };
+    std::thread first(speak);
+    std::thread second(speak);
+    for (int i = 0; i < 500; ++i)
+    {
+        EXPECT_TRUE(m_manager.setLanguage(i % 2 == 0 ? "en" : "de"));
+    }
+    first.join();
+    second.join();
+    EXPECT_EQ(failures, 0);
+}
+
+TEST_F(ResourceMapTest, AReceiverOfReportsMayTranslate)
+{
+    m_resources.write("text/de/vehicles.mo", "broken");
+    const ExpectReports reports{"text/de/vehicles.mo: the catalogue is cut off"};
+    std::string heard;
+    const Kodo::DebugMessageSink sink([this, &heard](const Kodo::DebugMessage&)
+                                      { heard = translate("#vehicles:hauler"); });
+    EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
+    EXPECT_EQ(heard, "Hauler");
+}
+
+TEST(ResourceMapFaultTest, AMapThatIsNoJsonIsOneMessageWithItsPlace)
+{
+    expectReports(
+        "",
+        {"map.json:1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', "
+         "or a literal"},
+        false);
+    expectReports(
+        "{\n  \"language\": \"de\",\n  \"\xC3\xA4\": nope\n}",
+        {"map.json:3:9: syntax error while parsing value - invalid literal; last read: '\"\xC3\xA4\": no'"},
+        false);
+}
+
+TEST(ResourceMapFaultTest, AMapWithoutItsMainMembersIsNone)
+{
+    expectReports("[]", {"map.json: the resource map is no object"}, false);
+    expectReports("{}", {"map.json: /language is no text"}, false);
+    expectReports(R"({"language": 1, "catalogues": {}})", {"map.json: /language is no text"}, false);
+    expectReports(R"({"language": "de"})", {"map.json: /catalogues is no object"}, false);
+    expectReports(R"({"language": "de", "catalogues": []})", {"map.json: /catalogues is no object"}, false);
+}
+
+TEST(ResourceMapFaultTest, AWrongEntryIsIgnoredAndReported)
+{
+    expectReports(
+        R"({"language": "de", "catalogues": {"a:b": {}, "": {}, "v": 1, "w": {"de": 1, "": "x", "en": "y"}},
+                      "fallbacks": {"de": ["en", "fr", 1], "": ["en"], "it": "en"}, "extra": 0})",
+        {"map.json: /catalogues/ cannot stand in a key; it is ignored",
+         "map.json: /catalogues/a:b cannot stand in a key; it is ignored",
+         "map.json: /catalogues/v is no object; it is ignored",
+         "map.json: /catalogues/w/ names no language; it is ignored",
+         "map.json: /catalogues/w/de is no text; it is ignored",
+         "map.json: /extra is not known; it is ignored",
+         "map.json: /fallbacks/ is no list for a language; it is ignored",
+         "map.json: /fallbacks/de/1 is \"fr\", which has no catalogue; it is ignored",
+         "map.json: /fallbacks/de/2 is no text; it is ignored",
+         "map.json: /fallbacks/it is no list for a language; it is ignored"},
+        true);
+    expectReports(R"({"language": "de", "catalogues": {"v": {"en": "x"}}, "fallbacks": []})",
+                  {"map.json: /fallbacks is no object; it is ignored",
+                   "map.json: /language is \"de\", which has no catalogue"},
+                  true);
+}
+
+TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)
+{
+    const std::string deep(1'000'000, '[');
+    const TextResources resources;
+    resources.write("map.json", R"({"language": "de", "catalogues": {}, "x": )" + deep +
+                                    std::string(deep.size(), ']') + "}");
+    const ExpectReports reports{"map.json: /x is not known; it is ignored",
+                                "map.json: /language is \"de\", which has no catalogue"};
+    EXPECT_TRUE(Manager().initialize());
+}
+
+TEST(ResourceMapFaultTest, AMissingMapIsReportedOnce)
+{
+    const TextResources resources;
+    Manager manager;
+    const ExpectReports reports{"map.json: there is no such file"};
+    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
+    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
+    EXPECT_FALSE(manager.initialize());
+    EXPECT_EQ(manager.language(), "");
+    EXPECT_TRUE(manager.languages().empty());
+    EXPECT_FALSE(manager.setLanguage("de"));
+}
+
+TEST(ResourceMapFaultTest, AManagerMayNameNoMap)
+{
+    UiResourceManager manager;
+    const ExpectReports reports{"There is no resource map: the resource manager names none"};
+    EXPECT_FALSE(manager.initialize());
+    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
+}
+
+TEST(ResourceMapFaultTest, AMapThatIsADirectoryOrTooLargeIsNone)
+{
+    const TextResources resources;
+    std::filesystem::create_directory(resources.disk() / "map.json");
+    {
+        const ExpectReports reports{"map.json: there is no such file"};
+        EXPECT_FALSE(Manager().initialize());
+    }
+    std::filesystem::remove(resources.disk() / "map.json");
+    resources.write("map.json", "{");
+    std::filesystem::resize_file(resources.disk() / "map.json", 16 * 1024 * 1024 + 1);
+    const ExpectReports reports{"map.json: the file is larger than 16777216 bytes"};
+    EXPECT_FALSE(Manager().initialize());
+}
+
+TEST(ResourceMapFaultTest, CataloguesOutsideOfTheFileSystemAreNotRead)
+{
+    const TextResources resources;
+    resources.write("map.json",
+                    R"({"language": "de", "catalogues": {"v": {"de": "../x.mo"}, "w": {"de": "/x.mo"}}})");
+    Manager manager;
+    const ExpectReports reports{"../x.mo: there is no such file", "/x.mo: there is no such file"};
+    EXPECT_EQ(getTranslatedText("#v:a", manager), "#v:a");
+    EXPECT_EQ(getTranslatedText("#w:a", manager), "#w:a");
+}
