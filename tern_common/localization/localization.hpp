@@ -9,11 +9,6 @@
 #include <string>
 #include <unordered_map>
 
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // destroyed as what it is, as ILocalization demands
-#endif
-
 /// The display texts of the game data's items: vehicles by their tags, arenas by the base names of their
 /// files.
 ///
@@ -21,7 +16,9 @@
 /// cache, which never changes afterwards: build a new object where definitions or the language have changed.
 /// Definitions that can't be read, or whose names hold no key, are skipped without a word. Lookups change
 /// nothing of this object and take no lock.
-class TERN_COMMON_API Localization : public Kodo::Inherits<ILocalization>
+///
+/// Final, as its destructor is not virtual: nothing that derives from it could be destroyed through it.
+class TERN_COMMON_API Localization final : public Kodo::Inherits<ILocalization>
 {
 public:
     /// Tells the UI framework which resource map holds the editor's catalogues.
@@ -57,7 +54,3 @@ private:
     std::unique_ptr<ResourceManager> m_resourceManager;
     std::unordered_map<std::string, std::string> m_cache;
 };
-
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif

@@ -1,24 +1,11 @@
 #include "tests/support/resource_tree.hpp"
 
 #include "kodo/fs/multi_file_system.hpp"
+#include "tests/support/mo_file.hpp"
 
-#include <cstdint>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
-
-namespace
-{
-
-void appendNumber(std::string& bytes, std::size_t number)
-{
-    for (unsigned shift = 0; shift < 32; shift += 8)
-    {
-        bytes.push_back(static_cast<char>(number >> shift & 0xFFU));
-    }
-}
-
-} // namespace
 
 ResourceTree::ResourceTree()
 {
@@ -57,29 +44,7 @@ void ResourceTree::writeCatalogue(const std::string& domain, const Messages& mes
 
 std::string makeCatalogue(const ResourceTree::Messages& messages)
 {
-    ResourceTree::Messages all = messages;
-    all.emplace("", "Content-Type: text/plain; charset=UTF-8\n");
-    constexpr std::size_t HEADER = 28;
-    constexpr std::size_t ENTRY = 8;
-    const std::size_t tables = HEADER + 2 * ENTRY * all.size();
-
-    std::string texts; // each with a NUL behind it
-    std::string originals;
-    std::string translations;
-    for (const auto& [original, translation] : all)
-    {
-        appendNumber(originals, original.size());
-        appendNumber(originals, tables + texts.size());
-        texts.append(original).push_back('\0');
-        appendNumber(translations, translation.size());
-        appendNumber(translations, tables + texts.size());
-        texts.append(translation).push_back('\0');
-    }
-    std::string bytes;
-    for (const std::size_t number : {std::size_t{0x950412DE}, std::size_t{0}, all.size(), HEADER,
-                                     HEADER + ENTRY * all.size(), std::size_t{0}, tables})
-    {
-        appendNumber(bytes, number);
-    }
-    return bytes + originals + translations + texts;
+    MoFile::Entries entries{MoFile::header("UTF-8")};
+    entries.insert(entries.end(), messages.begin(), messages.end()); // sorted, as gettext needs them
+    return MoFile(entries).bytes();
 }
