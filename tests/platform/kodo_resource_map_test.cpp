@@ -248,6 +248,11 @@ TEST(ResourceMapFaultTest, AMapThatIsNoJsonIsOneMessageWithItsPlace)
         false);
 }
 
+TEST(ResourceMapFaultTest, ANumberBeyondAllNumbersIsAFaultAsAnyOther)
+{
+    expectReports("{\n  \"x\": 1e999\n}", {"map.json:2:12: number overflow parsing '1e999'"}, false);
+}
+
 TEST(ResourceMapFaultTest, AMapWithoutItsMainMembersIsNone)
 {
     expectReports("[]", {"map.json: the resource map is no object"}, false);

@@ -81,7 +81,7 @@ public:
     static constexpr std::size_t MAX_FILE_SIZE = std::size_t{256} * 1024 * 1024;
 
     /// The tree of a whole file; null for a text that is not well-formed, with one message that has @p name,
-    /// the line and the column. See docs/platform_port.md for what is accepted.
+    /// the line and the column. docs/localization.md tells what is accepted.
     static SmartPointer<DataSection> parse(const BasicStringRef<char>& text, const std::string& name);
     /// A section of that name that has nothing in it.
     static SmartPointer<DataSection> makeEmpty(const std::string& name);

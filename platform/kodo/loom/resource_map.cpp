@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -17,6 +16,51 @@ namespace
 
 using Json = nlohmann::json;
 
+/// Where a text stops being JSON, and why. Its own pass: the parser tells the place of some faults only here.
+class JsonFault : private nlohmann::json_sax<Json>
+{
+public:
+    explicit JsonFault(std::string_view text)
+    {
+        Json::sax_parse(text, static_cast<nlohmann::json_sax<Json>*>(this));
+    }
+
+    std::size_t offset() const noexcept { return m_offset; }
+    const std::string& what() const noexcept { return m_what; }
+
+private:
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t&) override { return true; }
+    bool binary(binary_t&) override { return true; }
+    bool start_object(std::size_t) override { return true; }
+    bool key(string_t&) override { return true; }
+    bool end_object() override { return true; }
+    bool start_array(std::size_t) override { return true; }
+    bool end_array() override { return true; }
+    bool parse_error(std::size_t position, const std::string&, const Json::exception& error) override
+    {
+        m_offset = position > 0 ? position - 1 : 0;
+        m_what = error.what();
+        // Its text begins with a name of its own and a place that counts bytes.
+        if (m_what.starts_with('['))
+        {
+            m_what.erase(0, std::min(m_what.find("] ") + 2, m_what.size()));
+        }
+        if (const std::size_t reason = m_what.find(": "); m_what.starts_with("parse error"))
+        {
+            m_what.erase(0, reason + 2);
+        }
+        return false;
+    }
+
+    std::size_t m_offset = 0;
+    std::string m_what;
+};
+
 class ResourceMapReader
 {
 public:
@@ -27,30 +71,17 @@ public:
 
     bool read(std::string_view text)
     {
-        const std::optional<Json> root = parse(text);
-        return root && readMembers(*root);
+        const Json root = Json::parse(text, nullptr, false);
+        if (root.is_discarded())
+        {
+            const JsonFault found(text);
+            m_faults.push_back(textPosition(m_name, text, found.offset()) + ": " + found.what());
+            return false;
+        }
+        return readMembers(root);
     }
 
 private:
-    std::optional<Json> parse(std::string_view text)
-    {
-        try
-        {
-            return Json::parse(text);
-        }
-        catch (const Json::parse_error& error)
-        {
-            // Its text begins with a name of its own and a place that counts bytes.
-            std::string_view what = error.what();
-            const std::size_t place = what.find(", column ");
-            const std::size_t reason = what.find(": ", place == std::string_view::npos ? 0 : place);
-            what = reason == std::string_view::npos ? what : what.substr(reason + 2);
-            m_faults.push_back(textPosition(m_name, text, std::max<std::size_t>(error.byte, 1) - 1) + ": " +
-                               std::string(what));
-            return std::nullopt;
-        }
-    }
-
     bool readMembers(const Json& root)
     {
         if (!root.is_object())
