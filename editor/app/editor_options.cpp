@@ -31,6 +31,15 @@ po::options_description describeLevelOptions()
          "At the end, list the items that match: words of their names, \"quoted text\", key:value, and any "
          "of "
          "these with a - in front. Write --find=QUERY where it begins with a dash.") //
+        ("names", po::bool_switch(),
+         "At the end, list the names of the project's vehicles and arenas and of the level's items, in the "
+         "language of --language, and count what each language leaves untranslated.") //
+        ("language", po::value<std::string>()->value_name("NAME"),
+         "The language of names; the project's default where none is given.") //
+        ("project", po::value<std::string>()->value_name("DIR"),
+         "Take names from this project: else from the directory <level>_project beside the level, or from "
+         "the "
+         "level's own directory.") //
         ("trace", po::value<std::string>()->value_name("FILE"),
          "Write a profile of the run, for about:tracing or Perfetto.");
     return options;
@@ -156,6 +165,12 @@ EditorOptions toOptions(const po::variables_map& values)
     {
         options.find = values["find"].as<std::string>();
     }
+    options.names = values["names"].as<bool>();
+    if (values.count("language") != 0)
+    {
+        options.language = values["language"].as<std::string>();
+    }
+    options.project = optionalPath(values, "project");
     options.trace = optionalPath(values, "trace");
     options.maxTicks =
         static_cast<std::uint64_t>(numberOf(values, "max-ticks", std::numeric_limits<Number>::max()));
@@ -173,9 +188,15 @@ void expectOneJob(const EditorOptions& options)
     {
         throw CommandLineError("give one of resources, --colors and --level");
     }
-    if (!options.level && (!options.scripts.empty() || options.find || options.save || options.trace))
+    if (!options.level && (!options.scripts.empty() || options.find || options.save || options.trace ||
+                           options.names || options.language || options.project))
     {
-        throw CommandLineError("--script, --find, --save and --trace need --level");
+        throw CommandLineError(
+            "--script, --find, --names, --language, --project, --save and --trace need --level");
+    }
+    if (!options.names && (options.language || options.project) && options.scripts.empty())
+    {
+        throw CommandLineError("--language and --project need --names or a script");
     }
     if (options.level && !options.headless)
     {
@@ -206,7 +227,7 @@ std::string helpText()
 {
     std::ostringstream text;
     text << "tern_editor --headless --level FILE [--script FILE...] [--find QUERY] [--save FILE]\n"
-            "            [--max-ticks N] [--trace FILE]\n\n"
+            "            [--names] [--language NAME] [--project DIR] [--max-ticks N] [--trace FILE]\n\n"
             "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
             "before it\n"
             "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"
@@ -223,6 +244,8 @@ std::string helpText()
             "  level.removeCurve(\"name\")        remove a curve and its commands\n"
             "  curves.NAME.addPoint(\"x y z\")    add a point to a curve, in metres\n"
             "  curves.NAME.import(\"file.gpx\")   add the points of a GPX track\n"
+            "  names.language(\"name\")           switch the language of names\n"
+            "  names.show(\"key\")                print the name of a vehicle, an arena or a key\n"
             "  log.info(\"text\")                 print a line\n"
             "  wait(n)                          let n ticks pass\n"
             "\nExit code\n"

@@ -27,6 +27,9 @@ struct EditorOptions
     std::vector<std::filesystem::path> scripts;
     std::optional<std::filesystem::path> save;
     std::optional<std::string> find;
+    bool names = false;
+    std::optional<std::string> language;
+    std::optional<std::filesystem::path> project;
     std::optional<std::filesystem::path> trace;
     std::uint64_t maxTicks = 1000000;
 };

@@ -53,6 +53,14 @@ std::string onOneLine(std::string_view report)
 HeadlessSession::HeadlessSession(const EditorOptions& options, std::ostream& out, std::ostream& errors)
     : m_options(options), m_out(out), m_errors(errors), m_commands(m_system.rootObject(), m_level),
       m_logCommands(m_system.rootObject(), [this](const std::string& text) { sayInfo(text); }),
+      m_names(options, out),
+      m_nameCommands(
+          m_system.rootObject(), [this](const std::string& language) { m_names.setLanguage(language); },
+          [this](const std::string& key)
+          {
+              announce();
+              m_names.show(key);
+          }),
       m_sink([this](const Kodo::DebugMessage& message) { receive(message); })
 {
 }
@@ -68,6 +76,7 @@ int HeadlessSession::run()
         queueScripts();
         tickUntilDone();
         findMatchingItems();
+        listNames();
         saveLevel();
         summarize();
     }
@@ -227,6 +236,23 @@ void HeadlessSession::findMatchingItems()
         m_out << "found: " << describe(level.items[index]) << '\n';
     }
     m_out << "found " << found.size() << " of " << count(level.items.size(), "item") << '\n';
+}
+
+void HeadlessSession::listNames()
+{
+    if (!m_options.names)
+    {
+        return;
+    }
+    KODO_PROFILE_SCOPE("HeadlessSession::listNames");
+    try
+    {
+        m_names.list(m_commands.level().data());
+    }
+    catch (const NamesError& error)
+    {
+        complain(error.what());
+    }
 }
 
 void HeadlessSession::saveLevel()

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "editor/app/editor_options.hpp"
+#include "editor/app/name_desk.hpp"
 #include "editor/app/script_book.hpp"
 #include "editor/commands/level_commands.hpp"
 #include "editor/commands/log_commands.hpp"
+#include "editor/commands/name_commands.hpp"
 #include "editor/level/level.hpp"
 #include "kodo/core/debug_message_helper.hpp"
 #include "tern_common/command_system.hpp"
@@ -33,6 +35,7 @@ private:
     /// Says which command was started, once, before anything that it leads to is said.
     void announce();
     void findMatchingItems();
+    void listNames();
     void saveLevel();
     void summarize();
 
@@ -47,6 +50,8 @@ private:
     CommandSystem m_system;
     LevelCommands m_commands;
     LogCommands m_logCommands;
+    NameDesk m_names;
+    NameCommands m_nameCommands;
     MainThreadQueue m_foreignReports;
     Kodo::DebugMessageSink m_sink;
     bool m_parsing = false;

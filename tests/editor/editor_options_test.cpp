@@ -27,6 +27,17 @@ TEST(EditorOptionsTest, ReadsEveryOption)
     EXPECT_EQ(options.trace, "t.json");
 }
 
+TEST(EditorOptionsTest, ReadsWhichNamesToList)
+{
+    const EditorOptions options =
+        parse({"--headless", "--level", "a.level", "--names", "--language", "de", "--project", "p"});
+    EXPECT_TRUE(options.names);
+    EXPECT_EQ(options.language, "de");
+    EXPECT_EQ(options.project, "p");
+    EXPECT_FALSE(parse({"--headless", "--level", "a.level"}).names);
+    EXPECT_EQ(parse({"--headless", "--level", "a", "--script", "s", "--language", "de"}).language, "de");
+}
+
 TEST(EditorOptionsTest, ReadsARequestWithASingleDash)
 {
     const EditorOptions options = parse({"a.level,b.curve.json", "-uniquePerApp", "--report", "r.json"});
@@ -74,6 +85,11 @@ TEST(EditorOptionsTest, RefusesWhatMakesNoSense)
         {"a.level", "b.level"},
         {"a.level", "--find", "crane"},
         {"--colors", "3", "--script", "a.txt"},
+        {"a.level", "--names"},
+        {"--colors", "3", "--language", "de"},
+        {"--headless", "--level", "a", "--language", "de"},
+        {"--headless", "--level", "a", "--project", "p"},
+        {"--headless", "--level", "a", "--names", "--language"},
         {"a.level", "--colors", "3"},
         {"--colors", "-1"},
         {"--colors", "9", "--seed", "4294967296"},

@@ -301,17 +301,18 @@ TEST_F(FindTest, ListsTheItemsThatMatchEveryTerm)
     EXPECT_EQ(find("type:vehicle"), (Names{"heavy loader", "light loader"}));
     EXPECT_EQ(find("type:vehicle -tier:1"), (Names{"heavy loader"}));
     EXPECT_EQ(find("crane -north"), (Names{"south crane"}));
-    EXPECT_EQ(find("").size(), 5U);
+    EXPECT_EQ(find("").size(), 6U);
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(find("type:plane"), Names{});
-    EXPECT_NE(m_out.str().find("found 0 of 5 items"), std::string::npos);
+    EXPECT_NE(m_out.str().find("found 0 of 6 items"), std::string::npos);
     EXPECT_EQ(m_exitCode, 0);
 }
 
 TEST_F(FindTest, ShowsWhatAnItemHas)
 {
     find("tug");
-    EXPECT_NE(m_out.str().find("found: \"tug\" type:ship at 50 0 -12 draught:3.2\n"), std::string::npos)
+    EXPECT_NE(m_out.str().find("found: \"tug\" type:ship at 50 0 -12 definition:tug draught:3.2\n"),
+              std::string::npos)
         << m_out.str();
 }
 

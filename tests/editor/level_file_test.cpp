@@ -35,8 +35,9 @@ TEST(LevelFileTest, ReadsTheSample)
     ASSERT_EQ(level.curves.size(), 2U);
     EXPECT_EQ(level.curves[0], (Curve{"quay", false, {{0, 1.5, 0}, {40, 1.5, 2}, {80, 1.5, 2}}}));
     EXPECT_TRUE(level.curves[1].closed);
-    ASSERT_EQ(level.items.size(), 5U);
-    EXPECT_EQ(level.items[0], (Item{"north crane", "crane", {10, 1.5, 4}, {{"load", "40"}}}));
+    ASSERT_EQ(level.items.size(), 6U);
+    EXPECT_EQ(level.items[0],
+              (Item{"north crane", "crane", {10, 1.5, 4}, {{"definition", "quay_crane"}, {"load", "40"}}}));
 }
 
 TEST(LevelFileTest, SavingAndReadingGivesTheSameLevel)

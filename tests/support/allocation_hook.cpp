@@ -1,5 +1,6 @@
 #include "tests/support/allocation_hook.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -12,6 +13,7 @@ constexpr std::size_t NEVER = std::numeric_limits<std::size_t>::max();
 thread_local std::size_t allocations = 0;
 thread_local std::size_t failsAt = NEVER;
 thread_local std::size_t live = 0;
+thread_local std::size_t peak = 0;
 
 // The size asked for stands in front of each block, in a header that keeps the strictest common alignment.
 constexpr std::size_t HEADER = alignof(std::max_align_t);
@@ -29,6 +31,7 @@ void* allocate(std::size_t size)
     }
     *static_cast<std::size_t*>(block) = size;
     live += size;
+    peak = std::max(peak, live);
     return static_cast<char*>(block) + HEADER;
 }
 
@@ -84,6 +87,16 @@ std::size_t AllocationCount::count() const noexcept
 std::size_t liveHeapBytes() noexcept
 {
     return live;
+}
+
+HeapPeak::HeapPeak() noexcept : m_before(live)
+{
+    peak = live;
+}
+
+std::size_t HeapPeak::bytes() const noexcept
+{
+    return peak - m_before;
 }
 
 FailingAllocation::FailingAllocation(std::size_t successes) noexcept

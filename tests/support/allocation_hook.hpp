@@ -17,6 +17,18 @@ private:
 /// The bytes that the calling thread took by operator new and has not given back, as asked for.
 std::size_t liveHeapBytes() noexcept;
 
+/// The most bytes that the calling thread has held at a time since this object was made, beyond those that it
+/// held then. One at a time.
+class HeapPeak
+{
+public:
+    HeapPeak() noexcept;
+    std::size_t bytes() const noexcept;
+
+private:
+    std::size_t m_before;
+};
+
 /// Makes one allocation of the calling thread fail: the one after @p successes that work. The others, before
 /// and after, go on as usual.
 class FailingAllocation

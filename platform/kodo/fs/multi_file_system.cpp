@@ -1,5 +1,6 @@
 #include "kodo/fs/multi_file_system.hpp"
 
+#include "kodo/fs/directory_listing.hpp"
 #include "kodo/fs/native_path.hpp"
 #include "kodo/fs/open_without_links.hpp"
 
@@ -266,16 +267,13 @@ bool MultiFileSystem::readDirectory(std::vector<std::string>& out, const std::st
     }
     for (const Roots::Root& root : current->list())
     {
-        std::error_code error;
-        for (fs::directory_iterator at(Roots::find(root, *normal), error), end; !error && at != end;
-             at.increment(error))
+        const fs::path found = Roots::find(root, *normal);
+        for (DirectoryEntry& entry : found.empty() ? std::vector<DirectoryEntry>() : listDirectory(found))
         {
             // A link out of the root is not listed: its name would lead to nothing.
-            std::error_code ignored;
-            const fs::path name = at->path().filename();
-            if (!at->is_symlink(ignored) || !Roots::find(root, *normal / name).empty())
+            if (!entry.isLink || !Roots::find(root, *normal / toNative(entry.name)).empty())
             {
-                out.push_back(fromNative(name));
+                out.push_back(std::move(entry.name));
             }
         }
     }
