@@ -38,7 +38,11 @@ std::optional<Collisions::Line> lineOf(const Collisions::Ray& ray) noexcept
 } // namespace
 
 CollisionShape::CollisionShape(int shapeTemplate, const Vector3& extent, const Vector3& offset) noexcept
-    : m_template(shapeTemplate), m_extent(extent), m_offset(offset)
+    : m_template(shapeTemplate), m_extent(extent), m_offset(offset),
+      m_sphereRadius(shapeTemplate == TEMPLATE_SPHERE && extent.x == extent.y && extent.x == extent.z &&
+                             offset == Vector3::ZERO
+                         ? 0.5 * std::fabs(double{extent.x})
+                         : -1.0)
 {
 }
 
