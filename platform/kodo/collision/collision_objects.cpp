@@ -33,7 +33,7 @@ void makeRoomIn(std::vector<T>& values)
 
 } // namespace
 
-bool CollisionScene::Objects::add(SceneObject& object, const SmartPointer<CollisionShape>& shape,
+bool CollisionScene::Objects::add(const SceneObject& object, const SmartPointer<CollisionShape>& shape,
                                   const Matrix& transform, int collisionMask)
 {
     if (!shape || contains(object))

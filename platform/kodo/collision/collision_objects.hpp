@@ -22,7 +22,7 @@ namespace Kodo
 class CollisionScene::Objects
 {
 public:
-    bool add(SceneObject& object, const SmartPointer<CollisionShape>& shape, const Matrix& transform,
+    bool add(const SceneObject& object, const SmartPointer<CollisionShape>& shape, const Matrix& transform,
              int collisionMask);
     void move(const SceneObject& object, const Matrix& transform) noexcept
     {

@@ -63,7 +63,7 @@ SmartPointer<CollisionShape> CollisionScene::createShape(int shapeTemplate, cons
     return new CollisionShape(shapeTemplate, extent, offset);
 }
 
-bool CollisionScene::addUserObject(SceneObject& object, const SmartPointer<CollisionShape>& shape,
+bool CollisionScene::addUserObject(const SceneObject& object, const SmartPointer<CollisionShape>& shape,
                                    const Matrix& transform, int /*bodyFlags*/, int /*collisionGroup*/,
                                    int collisionMask)
 {

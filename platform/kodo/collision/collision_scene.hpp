@@ -62,7 +62,7 @@ public:
 
     /// Takes an object in. False, with nothing changed, when it is here already or the shape is null. Rays
     /// see the @p collisionMask; @p bodyFlags and @p collisionGroup are for hosts that simulate bodies.
-    bool addUserObject(SceneObject& object, const SmartPointer<CollisionShape>& shape,
+    bool addUserObject(const SceneObject& object, const SmartPointer<CollisionShape>& shape,
                        const Matrix& transform, int bodyFlags, int collisionGroup, int collisionMask);
     /// Moves an object; one that is not here is ignored.
     void updateTransform(const SceneObject& object, const Matrix& transform);
