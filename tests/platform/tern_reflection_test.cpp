@@ -262,7 +262,7 @@ public:
     const std::vector<std::string>& heard() const { return m_heard; }
 
 private:
-    auto noting(const char* what)
+    PropertyChangeNotifier::Listener noting(const char* what)
     {
         return [this, what](const ReflectedObject&, const std::vector<std::string>& properties)
         { m_heard.push_back(what + properties.at(0)); };
