@@ -1,7 +1,12 @@
 #include "tests/platform/module/platform_test_module.hpp"
 
+#include "kodo/chunk/space_cache.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "qua/symbol_visibility.hpp"
+#include "tern/meta_object.hpp"
+#include "tern/object.hpp"
+#include "tern/property_change_notifier.hpp"
+#include "tern/reflected_object.hpp"
 #include "vell/variant.hpp"
 
 #include <memory>
@@ -77,6 +82,107 @@ int emitOwnSignal()
     return value;
 }
 
+/// Reflected by this module alone.
+class Beacon : public tern::Object
+{
+public:
+    int flashes = 1;
+};
+
+} // namespace
+
+template <>
+class tern::StaticMetaObject<Beacon> : public tern::BaseStaticMetaObject<0>
+{
+public:
+    StaticMetaObject() : BaseStaticMetaObject(typeid(Beacon), "Beacon", Annotations(), Bases())
+    {
+        addProperty({"flashes",
+                     [](const Object& object) -> vell::Variant
+                     { return static_cast<const Beacon&>(object).flashes; },
+                     [](Object& object, const vell::Variant& value)
+                     { return value.tryCast(static_cast<Beacon&>(object).flashes); },
+                     Annotations()});
+        MetaObjectManager::instance().registerType(*this);
+    }
+};
+
+namespace
+{
+
+const tern::StaticMetaObject<Beacon>& beaconRegistered = tern::staticMetaObject<Beacon>();
+
+Kodo::AsyncManager::Job scheduleJob(int& count)
+{
+    return Kodo::AsyncManager::sync(false, [&count, captured = std::make_shared<Captured>()]
+                                    { return ++count == 2; });
+}
+
+qua::Connection connectChanged(int& count)
+{
+    return tern::PropertyChangeNotifier::connectChanged(
+        [&count, captured = std::make_shared<Captured>()](const auto&, const auto&) { ++count; });
+}
+
+int setOwnProperty(int value)
+{
+    const tern::ReflectedObject beacon(std::make_shared<Beacon>(), beaconRegistered);
+    int result = -1;
+    return beacon.setProperty("flashes", value) && beacon.property("flashes").tryCast(result) ? result : -1;
+}
+
+/// Counts itself where the test has it counted.
+class Tally
+{
+public:
+    explicit Tally(const Kodo::ChunkSpace& /*space*/) {}
+    Tally(const Tally&) = delete;
+    Tally& operator=(const Tally&) = delete;
+    ~Tally()
+    {
+        if (m_alive != nullptr)
+        {
+            --*m_alive;
+        }
+    }
+
+    void countIn(int& alive)
+    {
+        if (m_alive == nullptr)
+        {
+            m_alive = &alive;
+            ++alive;
+        }
+    }
+
+private:
+    int* m_alive = nullptr;
+};
+
+const Kodo::SpaceCache<Tally> tallies;
+
+void useCache(const Kodo::ChunkSpace& space, int& alive)
+{
+    tallies(space).countIn(alive);
+}
+
+class Crate final : public Kodo::EditorCustomChunkItem
+{
+public:
+    explicit Crate(const Kodo::SmartPointer<Kodo::ChunkSpace>& space)
+        : EditorCustomChunkItem(space, WANTS_NOTHING)
+    {
+    }
+
+private:
+    Captured m_captured;
+};
+
+Kodo::SmartPointer<Kodo::EditorCustomChunkItem> makeItem(const Kodo::SmartPointer<Kodo::ChunkSpace>& space)
+{
+    return new Crate(space);
+}
+
 } // namespace
 
 extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
@@ -87,4 +193,9 @@ extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
     module.convertOwnType = &convertOwnType;
     module.profile = &profile;
     module.emitOwnSignal = &emitOwnSignal;
+    module.scheduleJob = &scheduleJob;
+    module.connectChanged = &connectChanged;
+    module.setOwnProperty = &setOwnProperty;
+    module.useCache = &useCache;
+    module.makeItem = &makeItem;
 }
