@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <typeinfo>
@@ -117,7 +118,7 @@ private:
     void unregisterType(const MetaObject& object) noexcept;
 
     class Registry;
-    Registry* m_registry;
+    std::unique_ptr<Registry> m_registry;
 };
 
 } // namespace tern

@@ -4,6 +4,7 @@
 #include "tern/export.hpp"
 #include "tern/reflected_object.hpp"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,10 +20,11 @@ public:
     /// Stands for all properties.
     static constexpr const char* ALL_PROPERTIES = "*";
 
+    /// What a listener throws reaches the caller, after the end was announced as well.
     PropertyChangeNotifier(ReflectedObject object, std::vector<std::string> properties);
     PropertyChangeNotifier(const PropertyChangeNotifier&) = delete;
     PropertyChangeNotifier& operator=(const PropertyChangeNotifier&) = delete;
-    /// What a listener throws here is dropped: the change has happened.
+    /// What a listener throws here is dropped, and the others are called: the change has happened.
     ~PropertyChangeNotifier();
 
     using Listener = std::function<void(const ReflectedObject&, const std::vector<std::string>& properties)>;
@@ -32,6 +34,8 @@ public:
     static std::size_t listenerCount();
 
 private:
+    void announceChanged() const noexcept;
+
     ReflectedObject m_object;
     std::vector<std::string> m_properties;
 };

@@ -29,10 +29,11 @@ public:
 
         /// Whether the work still waits or runs.
         bool isPending() const noexcept;
-        /// Takes the work back: it won't be started again, and the task object has been destroyed on return.
-        /// With
-        /// @p wait, a run that is under way in another thread is waited for first; a task may cancel itself.
-        /// Nothing happens when the work is done or the job is empty.
+        /// Takes the work back: it won't be started again. Work that waits has its task object destroyed, in
+        /// this thread. A run that is under way in another thread is waited for with @p wait, so that the
+        /// task object is gone on return in any case; without, the task object goes when that run ends. A
+        /// task may cancel itself: its object goes when it returns. Nothing happens when the work is done or
+        /// the job is empty.
         void cancel(bool wait);
 
     private:
@@ -46,14 +47,20 @@ public:
     AsyncManager() = delete;
 
     /// Schedules @p task to run on the main thread. With @p wait, returns once it has run (at once, when
-    /// called on the main thread); without, it runs in the next runMainThreadJobs().
+    /// called on the main thread, ahead of what is scheduled); without, it runs in the next
+    /// runMainThreadJobs(). An empty task gives an empty job.
     [[nodiscard]] static Job sync(bool wait, Task task);
 
     /// Runs what is scheduled now, in order; what is scheduled meanwhile waits for the next batch. Main
-    /// thread only, usually once a frame. What a task throws reaches the caller; the tasks behind it stay
-    /// scheduled.
+    /// thread only, usually once a frame; in another thread that is reported and nothing is run. What a task
+    /// throws reaches the caller, and that task is done; the tasks behind it stay scheduled. A task may call
+    /// this: it runs the rest of the batch then, and what was scheduled since.
     static void runMainThreadJobs();
+    /// How many tasks wait to be run.
     static std::size_t pendingCount() noexcept;
+
+private:
+    class Queue;
 };
 
 } // namespace Kodo

@@ -1,11 +1,16 @@
 #include "kodo/core/reference_count.hpp"
 
+#include <limits>
 #include <mutex>
 
 namespace Kodo
 {
 namespace
 {
+
+/// Far below zero: pointers that are made and dropped while an object is being destroyed must not bring its
+/// count from one to zero again.
+constexpr std::int32_t DESTROYED = std::numeric_limits<std::int32_t>::min() / 2;
 
 /// One lock for the first observers of all objects: it is taken once an object and held for a few
 /// instructions.
@@ -21,6 +26,7 @@ void SafeReferenceCount::decRef() const noexcept
 {
     if (m_count.fetch_sub(1, std::memory_order_acq_rel) == 1)
     {
+        m_count.store(DESTROYED, std::memory_order_relaxed);
         delete this;
     }
 }

@@ -10,7 +10,8 @@ namespace Kodo
 {
 
 /// Base of objects that count who holds them. The count is atomic; whoever drops it to zero deletes the
-/// object. Objects are made with `new` and held by SmartPointer from then on.
+/// object, once: pointers to it may come and go within its destructor. Objects are made with `new` and held
+/// by SmartPointer from then on.
 class KODO_API SafeReferenceCount
 {
 public:
@@ -21,6 +22,7 @@ public:
     void decRef() const noexcept;
     /// Adds a reference unless there is none left, that is, unless the object is being destroyed.
     bool tryIncRef() const noexcept;
+    /// How many references there are; 0 or less while the object is being destroyed.
     std::int32_t refCount() const noexcept { return m_count.load(std::memory_order_relaxed); }
 
 protected:

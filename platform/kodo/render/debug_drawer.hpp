@@ -45,7 +45,7 @@ public:
     {
     public:
         Line& colour(const Render::ColourRGBAFloat& colour);
-        /// Appends points to the strip. Only while no other line was begun.
+        /// Appends points to the strip; at no cost in memory as long as no other line was begun.
         Line& point(const Vector3& point);
         Line& point(const std::vector<Vector3>& points);
         Line& zTestEnable(bool enable);
@@ -106,6 +106,8 @@ public:
     void clear() noexcept;
 
 private:
+    void append(LineRecord& line, const Vector3* points, std::size_t count);
+
     std::vector<Command> m_commands;
     std::vector<LineRecord> m_lines;
     std::vector<SphereRecord> m_spheres;

@@ -1,0 +1,8 @@
+#include "tern/object.hpp"
+
+namespace tern
+{
+
+Object::~Object() = default;
+
+} // namespace tern
