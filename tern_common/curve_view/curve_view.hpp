@@ -142,12 +142,6 @@ public:
 private:
     friend class CurveViewPointInserter;
 
-    /// Releases a drawer's storage. Its destructor is not run: the interface has none that could be.
-    struct DrawerRelease
-    {
-        void operator()(ICurveDrawer* drawer) const noexcept;
-    };
-
     /// What callbacks and running operations know the view by: it outlives the view.
     struct Presence
     {
@@ -179,7 +173,7 @@ private:
     Kodo::SmartPointer<CurveViewControlPoint> makeControlPoint(std::size_t index);
 
     std::unique_ptr<IAbstractCurve> m_curve;
-    std::unique_ptr<ICurveDrawer, DrawerRelease> m_drawer;
+    std::unique_ptr<ICurveDrawer> m_drawer;
     Kodo::Render::Colour32Bit m_curveColor{0xFF2CFFA6U};
     Kodo::Render::Colour32Bit m_curveColorDown{0xFF006F9AU};
     Kodo::Render::Colour32Bit m_keyColor{0xFF2CFFA6U};

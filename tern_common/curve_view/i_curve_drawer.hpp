@@ -4,13 +4,17 @@
 #include "kodo/render/colour.hpp"
 #include "kodo/render/debug_drawer.hpp"
 
+#include <concepts>
+#include <memory>
+#include <new>
 #include <vector>
 
 /// Draws the polyline of a curve view. Main thread only.
 ///
 /// There is no virtual destructor on purpose: whoever owns a drawer through this interface releases its
-/// storage and runs no destructor, so a drawer must not own anything that needs one. It must be made by plain
-/// `new` (or `std::make_unique`), without an alignment or an operator of its own.
+/// storage and runs no destructor, so a drawer must not own anything that needs one. `std::unique_ptr` does
+/// just that, see below. A drawer must be made by plain `new` (or `std::make_unique`), without an alignment
+/// or an operator of its own.
 class ICurveDrawer
 {
 public:
@@ -24,4 +28,27 @@ public:
     virtual float thickness() const = 0;
     /// The line's width as it is drawn.
     virtual void setThickness(float thickness) = 0;
+
+protected:
+    ICurveDrawer() = default;
+    ICurveDrawer(const ICurveDrawer&) = default;
+    ICurveDrawer& operator=(const ICurveDrawer&) = default;
+    ~ICurveDrawer() = default;
+};
+
+/// Releases what `new` gave for a drawer, whatever class and size it has.
+template <>
+struct std::default_delete<ICurveDrawer>
+{
+    constexpr default_delete() noexcept = default;
+    template <std::derived_from<ICurveDrawer> Drawer>
+    constexpr default_delete(const std::default_delete<Drawer>&) noexcept
+    {
+    }
+
+    void operator()(ICurveDrawer* drawer) const noexcept
+    {
+        // The interface may stand anywhere in the drawer. The size is not known here: hence without.
+        ::operator delete(dynamic_cast<void*>(drawer));
+    }
 };
