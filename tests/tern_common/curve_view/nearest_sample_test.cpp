@@ -198,7 +198,7 @@ TEST(NearestSampleTest, EveryKernelFollowsTheRuleInLongArrays)
     for (const Flavour& flavour : flavours())
     {
         SCOPED_TRACE(flavour.name);
-        for (const std::size_t length : {1'663U, 1'664U, 1'665U, 1'792U, 4'097U, 50'003U})
+        for (const std::size_t length : {1'599U, 1'600U, 1'601U, 1'664U, 4'097U, 50'003U})
         {
             Points points(length);
             std::generate(points.begin(), points.end(), [&] { return vectorOf(flavour.coordinate, random); });
