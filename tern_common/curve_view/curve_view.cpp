@@ -189,13 +189,9 @@ void CurveView::updatePoint(std::size_t index, std::size_t count)
         createControlPoints();
         return;
     }
-    if (!TERN_COMMON_ASSERT(isWithin(index, count)))
+    if (TERN_COMMON_ASSERT(isWithin(index, count)))
     {
-        return;
-    }
-    for (std::size_t i = index; i < index + count && presence->view != nullptr; ++i)
-    {
-        refreshControlPoint(i);
+        refreshControlPoints(index, count);
     }
 }
 
@@ -204,31 +200,18 @@ void CurveView::updatePointAdded(std::size_t index, std::size_t count)
     const std::shared_ptr<Presence> presence = m_presence;
     const bool isIndex =
         TERN_COMMON_ASSERT_AS(index != std::numeric_limits<std::size_t>::max(), "index != -1");
-    if (presence->view == nullptr || isInvalid() || presence->view == nullptr)
+    if (presence->view == nullptr || !followEdit() || !isIndex || count == 0)
     {
-        return;
+        return; // the rest would report the index again, or do nothing
     }
-    updateCurve();
-    if (presence->view == nullptr)
-    {
-        return;
-    }
-    if (m_controlPoints.empty())
-    {
-        createControlPoints();
-        return;
-    }
-    if (!isIndex || count == 0)
-    {
-        return; // the rest would be reported twice, or do nothing
-    }
+    const std::size_t edits = presence->pointEdits;
     const std::size_t pointCount = m_curve ? m_curve->pointCount() : 0;
-    if (presence->view == nullptr)
+    if (presence->pointEdits != edits)
     {
-        return;
+        rebuild(*presence);
     }
-    if (TERN_COMMON_ASSERT(index <= m_controlPoints.size() && index <= pointCount &&
-                           count <= pointCount - index))
+    else if (TERN_COMMON_ASSERT(index <= m_controlPoints.size() && index <= pointCount &&
+                                count <= pointCount - index))
     {
         insertControlPoints(index, count);
     }
@@ -236,31 +219,17 @@ void CurveView::updatePointAdded(std::size_t index, std::size_t count)
 
 void CurveView::updatePointMoved(std::size_t first, std::size_t second)
 {
-    const std::shared_ptr<Presence> presence = m_presence;
-    if (isInvalid() || presence->view == nullptr)
-    {
-        return;
-    }
-    updateCurve();
-    if (presence->view == nullptr)
-    {
-        return;
-    }
-    if (m_controlPoints.empty())
-    {
-        createControlPoints();
-        return;
-    }
-    if (TERN_COMMON_ASSERT(isWithin(first, 1) && isWithin(second, 1)))
+    if (followEdit() && TERN_COMMON_ASSERT(isWithin(first, 1) && isWithin(second, 1)))
     {
         std::swap(m_controlPoints[first], m_controlPoints[second]);
-        ++presence->pointEdits;
+        ++m_presence->pointEdits;
     }
 }
 
 void CurveView::updatePointRemoved(std::size_t index, std::size_t count)
 {
     const std::shared_ptr<Presence> presence = m_presence;
+    const std::size_t edits = presence->pointEdits;
     const bool invalid = isInvalid();
     if (presence->view == nullptr)
     {
@@ -276,10 +245,52 @@ void CurveView::updatePointRemoved(std::size_t index, std::size_t count)
     {
         return;
     }
+    if (presence->pointEdits != edits)
+    {
+        rebuild(*presence);
+        return;
+    }
     ++presence->pointEdits; // also where there are none: they may be in the making
     if (!m_controlPoints.empty() && TERN_COMMON_ASSERT(isWithin(index, count)))
     {
         removeControlPoints(index, count);
+    }
+}
+
+/// What comes before control points are added or exchanged. True when that is left to do.
+bool CurveView::followEdit()
+{
+    const std::shared_ptr<Presence> presence = m_presence;
+    const std::size_t edits = presence->pointEdits;
+    if (isInvalid() || presence->view == nullptr)
+    {
+        return false;
+    }
+    updateCurve();
+    if (presence->view == nullptr)
+    {
+        return false;
+    }
+    if (m_controlPoints.empty())
+    {
+        createControlPoints();
+        return false;
+    }
+    if (presence->pointEdits != edits)
+    {
+        rebuild(*presence);
+        return false;
+    }
+    return true;
+}
+
+/// For an edit that a call from within has overtaken: the numbers it names its points by may be those of
+/// other points by now.
+void CurveView::rebuild(const Presence& presence)
+{
+    if (presence.view != nullptr && !isInvalid() && presence.view != nullptr)
+    {
+        update();
     }
 }
 

@@ -159,11 +159,16 @@ private:
     void clearSamples() noexcept;
     void updateCurve();
 
+    bool followEdit();
+    void rebuild(const Presence& presence);
+
     void createControlPoints();
     void deferControlPoints();
     bool makeAllControlPoints();
     void insertControlPoints(std::size_t index, std::size_t count);
-    void refreshControlPoint(std::size_t index);
+    void refreshControlPoints(std::size_t index, std::size_t count);
+    void refreshControlPoint(const Kodo::SmartPointer<CurveViewControlPoint>& point, std::size_t hint,
+                             const Presence& presence);
     void removeControlPoints(std::size_t index, std::size_t count);
     void destroyControlPoints();
     void destroyGhostPoint();

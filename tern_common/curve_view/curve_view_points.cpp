@@ -5,6 +5,8 @@
 #include "tern_common/curve_view/curve_view_new_points.hpp"
 #include "tern_common/curve_view/curve_view_presence.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace
@@ -85,10 +87,7 @@ void CurveView::insertControlPoints(std::size_t index, std::size_t count)
         Kodo::SmartPointer<CurveViewControlPoint> point = makeControlPoint(i);
         if (!point)
         {
-            if (presence->view != nullptr)
-            {
-                update(); // other points have come or gone meanwhile: these may have no place any more
-            }
+            rebuild(*presence);
             return;
         }
         made.add(std::move(point));
@@ -141,28 +140,42 @@ Kodo::Matrix CurveView::pointTransform(const Kodo::Vector3& position) const noex
     return transform;
 }
 
-/// Moves a control point to where the curve's point is, if both are still there when listeners and model have
-/// been called.
-void CurveView::refreshControlPoint(std::size_t index)
+/// Moves control points to where the curve's points are. Listeners and model may change which points there
+/// are meanwhile: those that are left are found again, and new ones are in place already.
+void CurveView::refreshControlPoints(std::size_t index, std::size_t count)
 {
-    if (index >= m_controlPoints.size())
-    {
-        return;
-    }
     const std::shared_ptr<Presence> presence = m_presence;
-    const tern::PropertyChangeNotifier notifier(m_controlPoints[index]->getRefObject(),
-                                                {tern::PropertyChangeNotifier::ALL_PROPERTIES});
-    if (presence->view == nullptr || !m_curve)
+    const auto first = m_controlPoints.begin() + static_cast<std::ptrdiff_t>(index);
+    const ControlPoints points(first, first + static_cast<std::ptrdiff_t>(count));
+    for (std::size_t i = 0; i < count && presence->view != nullptr; ++i)
+    {
+        const tern::PropertyChangeNotifier notifier(points[i]->getRefObject(),
+                                                    {tern::PropertyChangeNotifier::ALL_PROPERTIES});
+        refreshControlPoint(points[i], index + i, *presence);
+    }
+}
+
+/// @p hint is where the point is, unless others have come or gone.
+void CurveView::refreshControlPoint(const Kodo::SmartPointer<CurveViewControlPoint>& point, std::size_t hint,
+                                    const Presence& presence)
+{
+    if (presence.view == nullptr)
     {
         return;
     }
-    const Kodo::Vector3 position = m_curve->pointPosition(index);
-    if (presence->view == nullptr || index >= m_controlPoints.size())
+    const bool isAtHint = hint < m_controlPoints.size() && m_controlPoints[hint] == point;
+    const auto place = isAtHint ? m_controlPoints.begin() + static_cast<std::ptrdiff_t>(hint)
+                                : std::find(m_controlPoints.begin(), m_controlPoints.end(), point);
+    if (place == m_controlPoints.end() || !m_curve)
     {
         return;
     }
-    const Kodo::SmartPointer<CurveViewControlPoint> point = m_controlPoints[index];
-    point->edTransform(pointTransform(position), {});
+    const Kodo::Vector3 position =
+        m_curve->pointPosition(static_cast<std::size_t>(place - m_controlPoints.begin()));
+    if (presence.view != nullptr)
+    {
+        point->edTransform(pointTransform(position), {});
+    }
 }
 
 void CurveView::removeControlPoints(std::size_t index, std::size_t count)
