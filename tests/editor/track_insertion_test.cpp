@@ -4,9 +4,10 @@
 #include "tests/support/insertion_oracle.hpp"
 #include "tests/support/random_seed.hpp"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace
@@ -50,10 +51,12 @@ std::vector<std::string> coastlineTracks(std::istream& file)
         }
         else if (line[start] != '#')
         {
-            const std::size_t gap = line.find_first_of(" \t", start);
-            const std::size_t second = line.find_first_not_of(" \t", gap);
-            points += "<trkpt lon='" + line.substr(start, gap - start) + "' lat='" +
-                      line.substr(second, line.find_last_not_of(" \t\r") + 1 - second) + "'/>";
+            double longitude = 0;
+            std::string latitude;
+            std::istringstream(line) >> longitude >> latitude;
+            // Shores that cross the date line go on beyond 180 degrees, which a track must not.
+            points += "<trkpt lon='" + std::to_string(std::remainder(longitude, 360.0)) + "' lat='" +
+                      latitude + "'/>";
         }
     }
     finish();
