@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <limits>
 
 namespace TernCommonDetail
 {
@@ -13,7 +14,8 @@ inline bool stepsEnd(float length, float step) noexcept
     {
         return true;
     }
-    if (step > length * 0x1p-24F) // more than half the distance between floats just below the end
+    // More than half the distance between floats just below the end: each step counts.
+    if (step > length * 0x1p-24F || step == std::numeric_limits<float>::infinity())
     {
         return true;
     }
