@@ -1,49 +1,20 @@
 #pragma once
 
-#include "kodo/chunk/chunk_manager.hpp"
-#include "kodo/chunk/space_manager.hpp"
-#include "kodo/collision/collision_scene_manager.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_point_inserter.hpp"
 #include "tests/support/polyline_curve.hpp"
+#include "tests/support/test_space.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <random>
 #include <utility>
 #include <vector>
-
-/// A space in which views can stand, and what is in it, for the length of a test.
-class SceneSpace
-{
-public:
-    explicit SceneSpace(int id) : m_id(id)
-    {
-        Kodo::SpaceManager::instance().createSpace(id);
-        Kodo::CollisionSceneManager::instance().createScene(id);
-    }
-    SceneSpace(const SceneSpace&) = delete;
-    SceneSpace& operator=(const SceneSpace&) = delete;
-    ~SceneSpace()
-    {
-        Kodo::ChunkManager::instance().removeSpace(m_id);
-        Kodo::CollisionSceneManager::instance().removeScene(m_id);
-        Kodo::SpaceManager::instance().removeSpace(m_id);
-    }
-
-    int id() const noexcept { return m_id; }
-    std::size_t itemCount() const
-    {
-        return Kodo::ChunkManager::instance().space(m_id, true)->editorChunk().itemCount();
-    }
-
-private:
-    int m_id;
-};
 
 /// Views of curves, in the order in which an inserter visits them, and where it must insert: found by taking
 /// every sample of every curve from its model anew.
@@ -72,7 +43,7 @@ public:
         for (Curve& curve : curves)
         {
             models.push_back(curve.model.get());
-            views.push_back(std::make_unique<CurveView>(std::move(curve.model), space.id(), curve.origin));
+            views.push_back(std::make_unique<CurveView>(std::move(curve.model), space.id, curve.origin));
         }
     }
 
@@ -180,7 +151,7 @@ public:
         return testing::AssertionSuccess();
     }
 
-    SceneSpace space{71};
+    TestSpace space;
     std::vector<PolylineCurve*> models;            ///< owned by the views
     std::vector<std::unique_ptr<CurveView>> views; ///< go before their space
 };
