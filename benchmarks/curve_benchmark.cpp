@@ -2,6 +2,7 @@
 //
 //     build/release/bin/curve_benchmark
 
+#include "benchmarks/curve_view_measures.hpp"
 #include "benchmarks/ratio_report.hpp"
 #include "benchmarks/streaming_sum.hpp"
 #include "tern_common/curve_view/nearest_sample.hpp"
@@ -172,5 +173,6 @@ int main(int argc, char** argv)
 {
     std::vector<Ratio> ratios;
     registerNearestSample(ratios);
+    registerCurveView(ratios);
     return runBenchmarks(argc, argv, ratios);
 }

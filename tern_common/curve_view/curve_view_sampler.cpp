@@ -21,8 +21,6 @@ CurveView::Sampler::Sampler(CurveView& view)
       m_origin(view.m_origin), m_points(std::exchange(view.m_points, {})),
       m_parameters(std::exchange(view.m_parameters, {}))
 {
-    m_points.clear();
-    m_parameters.clear();
 }
 
 std::size_t CurveView::Sampler::count()
@@ -86,49 +84,66 @@ void CurveView::Sampler::addLastPoint(std::size_t index)
 
 void CurveView::Sampler::finish()
 {
-    flush();
     if (isCurrent())
     {
+        m_points.resize(m_sampled);
+        m_parameters.resize(m_sampled);
         m_presence->view->m_points = std::move(m_points);
         m_presence->view->m_parameters = std::move(m_parameters);
     }
 }
 
-bool CurveView::Sampler::addSample(float parameter)
+void CurveView::Sampler::addSample(float parameter)
 {
     const Kodo::Vector3 position = m_curve->positionAt(parameter);
-    if (!isCurrent())
+    if (isCurrent())
     {
-        return false;
+        append(m_origin.applyPoint(position), parameter);
     }
-    append(m_origin.applyPoint(position), parameter);
-    return true;
 }
 
+/// What the loop needs stands in variables of its own: members would be read anew after each call of the
+/// model.
 void CurveView::Sampler::addSamples(float start, float length, float step)
 {
-    for (float t = 0.0F; t < length && addSample(start + t);)
+    const std::size_t& samplings = m_presence->samplings;
+    const std::size_t sampling = m_sampling;
+    const IAbstractCurve& curve = *m_curve;
+    const Kodo::Matrix origin = m_origin;
+    Kodo::Vector3* points = m_points.data();
+    float* parameters = m_parameters.data();
+    std::size_t room = m_points.size();
+    std::size_t sampled = m_sampled;
+    for (float t = 0.0F; t < length; t += step)
     {
-        t += step;
+        const Kodo::Vector3 position = curve.positionAt(start + t);
+        if (samplings != sampling)
+        {
+            return;
+        }
+        if (sampled == room)
+        {
+            grow(sampled + 1);
+            points = m_points.data();
+            parameters = m_parameters.data();
+            room = m_points.size();
+        }
+        points[sampled] = origin.applyPoint(position);
+        parameters[sampled] = start + t;
+        ++sampled;
     }
+    m_sampled = sampled;
 }
 
-inline void CurveView::Sampler::append(const Kodo::Vector3& point, float parameter)
+void CurveView::Sampler::append(const Kodo::Vector3& point, float parameter)
 {
-    if (m_batched == BATCH)
+    if (m_sampled == m_points.size())
     {
-        flush();
+        grow(m_sampled + 1);
     }
-    m_batchPoints[m_batched] = point;
-    m_batchParameters[m_batched] = parameter;
-    ++m_batched;
-}
-
-void CurveView::Sampler::flush()
-{
-    const auto count = static_cast<std::ptrdiff_t>(std::exchange(m_batched, 0));
-    m_points.insert(m_points.end(), m_batchPoints.begin(), m_batchPoints.begin() + count);
-    m_parameters.insert(m_parameters.end(), m_batchParameters.begin(), m_batchParameters.begin() + count);
+    m_points[m_sampled] = point;
+    m_parameters[m_sampled] = parameter;
+    ++m_sampled;
 }
 
 /// Makes room for the samples of a segment, and at the first one for as many in each of the others: memory
@@ -142,11 +157,23 @@ void CurveView::Sampler::makeRoom(std::size_t index, float steps)
     const auto most = static_cast<float>(MOST_EXPECTED);
     const auto expected = static_cast<std::size_t>(std::min(steps, most)) + 2; // the rounding's, and the last
     const std::size_t segments = index == 0 ? std::min(m_count, MOST_EXPECTED) : 1;
-    const std::size_t needed = m_points.size() + m_batched + std::min(expected * segments, MOST_EXPECTED);
-    if (needed > m_points.capacity())
+    const std::size_t needed = m_sampled + std::min(expected * segments, MOST_EXPECTED);
+    if (needed > m_points.size())
     {
-        const std::size_t room = std::max(needed, 2 * m_points.capacity());
+        grow(needed);
+    }
+}
+
+/// Gives the vectors that many elements. Their memory grows by half at least, so that growing a little often
+/// does not copy often.
+void CurveView::Sampler::grow(std::size_t size)
+{
+    if (size > m_points.capacity() || size > m_parameters.capacity())
+    {
+        const std::size_t room = std::max(size, m_points.capacity() + m_points.capacity() / 2);
         m_points.reserve(room);
         m_parameters.reserve(room);
     }
+    m_points.resize(size);
+    m_parameters.resize(size);
 }

@@ -2,7 +2,6 @@
 
 #include "tern_common/curve_view/curve_view_presence.hpp"
 
-#include <array>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -32,23 +31,20 @@ public:
     void finish();
 
 private:
-    static constexpr std::size_t BATCH = 128;
-
-    bool addSample(float parameter);
+    void addSample(float parameter);
     void addSamples(float start, float length, float step);
     void append(const Kodo::Vector3& point, float parameter);
-    void flush();
     void makeRoom(std::size_t index, float steps);
+    void grow(std::size_t size);
 
     std::shared_ptr<Presence> m_presence;
     std::size_t m_sampling;
     IAbstractCurve* m_curve;
     Kodo::Matrix m_origin;
     std::size_t m_count = 0;
+    /// Beyond the samples these have elements to be overwritten: appending one by one would look at the ends
+    /// of both vectors each time.
     std::vector<Kodo::Vector3> m_points;
     std::vector<float> m_parameters;
-    /// Samples pass through here: appending to the vectors one by one would look at their sizes each time.
-    std::size_t m_batched = 0;
-    std::array<Kodo::Vector3, BATCH> m_batchPoints{};
-    std::array<float, BATCH> m_batchParameters{};
+    std::size_t m_sampled = 0;
 };

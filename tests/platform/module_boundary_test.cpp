@@ -1,6 +1,7 @@
 // What a plug-in leaves behind in the platform once its objects are dropped and its code is unmapped:
 // nothing.
 
+#include "kodo/chunk/chunk_manager.hpp"
 #include "kodo/core/debug_message_helper.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "qua/signal.hpp"
@@ -13,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -87,6 +90,28 @@ private:
 #endif
     PlatformTestModule m_module{};
 };
+
+/// Made before main and so destroyed after what is loaded later: says at exit what modules have left.
+class ExitWitness
+{
+public:
+    ExitWitness() = default;
+    ExitWitness(const ExitWitness&) = delete;
+    ExitWitness& operator=(const ExitWitness&) = delete;
+    ~ExitWitness()
+    {
+        if (isAsked)
+        {
+            std::fprintf(stderr, "left at exit: %d caches, %zu slots\n", alive,
+                         Kodo::ChunkSpace::registeredCacheCount());
+        }
+    }
+
+    bool isAsked = false;
+    int alive = 0;
+};
+
+ExitWitness exitWitness;
 
 class ModuleBoundaryTest : public testing::Test
 {
@@ -239,6 +264,55 @@ TEST_F(ModuleBoundaryTest, AnObjectOutlivesTheListenersOfItsChanges)
     unload();
     EXPECT_EQ(count, 1);
     EXPECT_EQ(tern::PropertyChangeNotifier::listenerCount(), listeners);
+}
+
+TEST_F(ModuleBoundaryTest, ItsCachesGoWithTheModuleInEverySpace)
+{
+    Kodo::ChunkManager& manager = Kodo::ChunkManager::instance();
+    m_module.reset();
+    const std::size_t slots = Kodo::ChunkSpace::registeredCacheCount();
+    const auto removed = manager.space(1, true);
+    int alive = 0;
+    for (int round = 0; round < 3; ++round)
+    {
+        m_module.emplace();
+        EXPECT_EQ(Kodo::ChunkSpace::registeredCacheCount(), slots + 1);
+        (*m_module)->useCache(*removed, alive);
+        manager.removeSpace(1);
+        (*m_module)->useCache(*manager.space(2, true), alive);
+        EXPECT_EQ(alive, 2);
+
+        unload();
+        EXPECT_EQ(alive, 0);
+        EXPECT_EQ(Kodo::ChunkSpace::registeredCacheCount(), slots);
+    }
+    manager.removeSpace(2);
+}
+
+TEST_F(ModuleBoundaryTest, ASpaceOutlivesTheItemsOfTheModule)
+{
+    const auto space = Kodo::ChunkManager::instance().space(1, true);
+    auto item = (*m_module)->makeItem(space);
+    const Kodo::SceneObject object = item->sceneObject();
+    space->editorChunk().delDynamicItem(item);
+    item = nullptr;
+
+    unload();
+    EXPECT_EQ(space->itemOf(object), nullptr);
+    Kodo::ChunkManager::instance().removeSpace(1);
+}
+
+TEST_F(ModuleBoundaryTest, AModuleThatStaysLoadedGivesEverythingBackAtExit)
+{
+    EXPECT_EXIT(
+        {
+            const auto space = Kodo::ChunkManager::instance().space(1, true);
+            (*m_module)->useCache(*space, exitWitness.alive);
+            (*m_module)->makeItem(space); // left to the space
+            exitWitness.isAsked = true;
+            std::exit(exitWitness.alive == 1 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "left at exit: 0 caches, 0 slots");
 }
 
 TEST_F(ModuleBoundaryTest, TheTextsOfAScopeSurviveTheModule)

@@ -93,7 +93,6 @@ ChunkSpace::ChunkSpace(int id) : m_id(id)
 
 ChunkSpace::~ChunkSpace()
 {
-    incRef(); // destructors of caches and items may hold the space for a moment: that must not end it again
     do
     {
         releaseItems();

@@ -32,10 +32,10 @@ void EditorChunk::delDynamicItem(EditorCustomChunkItem* item)
 
 bool EditorChunk::contains(const EditorCustomChunkItem* item) const noexcept
 {
-    return m_items.contains(const_cast<EditorCustomChunkItem*>(item));
+    return m_items.contains(item);
 }
 
-void EditorChunk::forget(EditorCustomChunkItem* item) noexcept
+void EditorChunk::forget(const EditorCustomChunkItem* item) noexcept
 {
     m_items.erase(item);
 }
@@ -45,7 +45,7 @@ void EditorChunk::clear() noexcept
     // Destructors of items may come back here: to take out others, or to put in new ones.
     while (!m_items.empty())
     {
-        for (EditorCustomChunkItem* item : std::exchange(m_items, {}))
+        for (const EditorCustomChunkItem* item : std::exchange(m_items, {}))
         {
             item->decRef();
         }

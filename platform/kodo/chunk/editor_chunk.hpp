@@ -37,13 +37,13 @@ private:
     friend class EditorCustomChunkItem;
 
     /// Takes out an item whose constructor failed: its reference goes with it.
-    void forget(EditorCustomChunkItem* item) noexcept;
+    void forget(const EditorCustomChunkItem* item) noexcept;
     /// Lets go of all items, also of those that come in meanwhile.
     void clear() noexcept;
 
     /// References counted by hand: an item enters before it is whole and may have to leave without being
     /// deleted.
-    std::unordered_set<EditorCustomChunkItem*> m_items;
+    std::unordered_set<const EditorCustomChunkItem*> m_items;
 };
 
 } // namespace Kodo

@@ -10,7 +10,7 @@ SmartPointer<ChunkItemBase> extractChunkItem(const SceneObject& object, int spac
     const SmartPointer<ChunkSpace> space = ChunkManager::instance().space(spaceId, false);
     ChunkItemBase* const item = space ? space->itemOf(object) : nullptr;
     if (item == nullptr ||
-        !item->SafeReferenceCount::tryIncRef()) // one that is being destroyed must not be held again
+        !item->tryIncRef()) // one that is being destroyed must not be held again
     {
         return {};
     }

@@ -57,6 +57,18 @@ public:
         return queue;
     }
 
+    Queue() = default;
+    Queue(const Queue&) = delete;
+    Queue& operator=(const Queue&) = delete;
+    /// Drops what nobody ran, one by one: a task object may still schedule and cancel as it goes.
+    ~Queue()
+    {
+        while (const std::shared_ptr<State> state = takeNext(m_lastTicket))
+        {
+            Task().swap(state->task);
+        }
+    }
+
     void add(const std::shared_ptr<State>& state)
     {
         const std::lock_guard lock(m_mutex);

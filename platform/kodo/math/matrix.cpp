@@ -8,8 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
-#include <limits>
 
 namespace Kodo
 {
@@ -133,22 +131,23 @@ Matrix Matrix::constructTransformationMatrix(const Vector3& position, const Quat
 namespace
 {
 
-bool areAlmostEqual(const float* a, const float* b, std::size_t count, float epsilon) noexcept
+bool almostEqual(float a, float b, float epsilon) noexcept
 {
-    return std::equal(a, a + count, b,
-                      [epsilon](float x, float y) { return x == y || std::fabs(x - y) <= epsilon; });
+    return a == b || std::fabs(a - b) <= epsilon; // infinities are equal and have no difference
 }
 
 } // namespace
 
 bool almostEqual(const Matrix& a, const Matrix& b, float epsilon) noexcept
 {
-    return areAlmostEqual(&a.m[0][0], &b.m[0][0], 16, epsilon);
+    const float* elements = &a.m[0][0];
+    return std::equal(elements, elements + 16, &b.m[0][0],
+                      [epsilon](float x, float y) { return almostEqual(x, y, epsilon); });
 }
 
 bool almostEqual(const Vector3& a, const Vector3& b, float epsilon) noexcept
 {
-    return areAlmostEqual(&a.x, &b.x, 3, epsilon);
+    return almostEqual(a.x, b.x, epsilon) && almostEqual(a.y, b.y, epsilon) && almostEqual(a.z, b.z, epsilon);
 }
 
 } // namespace Kodo

@@ -46,15 +46,18 @@ public:
     glm::dquat rotation() const noexcept { return glm::normalize(glm::quat_cast(m_directions)); }
 
 private:
-    /// Keeps what of @p axis is at right angles to the directions known. Twice: of an axis that hardly sticks
-    /// out, the first pass leaves mostly rounding.
+    /// Keeps what of @p axis is at right angles to the directions known.
     void addDirection(int index, const glm::dvec3& axis) noexcept
     {
-        double length = m_lengths[index];
-        glm::dvec3 direction = length > 0.0 ? axis / length : glm::dvec3(0.0);
-        for (int pass = 0; pass < 2; ++pass)
+        if (!(m_lengths[index] > 0.0))
         {
-            for (int other = 0; other < 3; ++other)
+            return;
+        }
+        glm::dvec3 direction = axis / m_lengths[index];
+        double length = 0.0;
+        do
+        {
+            for (int other = 0; other < index; ++other)
             {
                 direction -= m_directions[other] * glm::dot(direction, m_directions[other]);
             }
@@ -64,7 +67,7 @@ private:
                 return;
             }
             direction /= length;
-        }
+        } while (length < 0.5); // of an axis that hardly sticks out, what is left is mostly rounding
         m_directions[index] = direction;
         m_isKnown[static_cast<std::size_t>(index)] = true;
         ++m_count;
@@ -122,6 +125,17 @@ private:
     int m_count = 0;
 };
 
+bool hasIdentityAxes(const Matrix& matrix) noexcept
+{
+    return matrix.row(0) == Vector3(1.0F, 0.0F, 0.0F) && matrix.row(1) == Vector3(0.0F, 1.0F, 0.0F) &&
+           matrix.row(2) == Vector3(0.0F, 0.0F, 1.0F);
+}
+
+bool isFinite(const Vector3& v) noexcept
+{
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
 float toFloat(double value) noexcept
 {
     constexpr double LARGEST = std::numeric_limits<float>::max();
@@ -134,14 +148,13 @@ bool Matrix::decomposeMatrix(const Matrix& matrix, Vector3& position, Quaternion
                              Vector3& scale) noexcept
 {
     position = matrix.translation();
-    const auto isFinite = [](const Vector3& v)
-    { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); };
-    if (!isFinite(position) || !isFinite(matrix.row(0)) || !isFinite(matrix.row(1)) ||
-        !isFinite(matrix.row(2)))
+    rotation = Quaternion::IDENTITY;
+    scale = Vector3(1.0F, 1.0F, 1.0F);
+    const bool isWhole =
+        isFinite(position) && isFinite(matrix.row(0)) && isFinite(matrix.row(1)) && isFinite(matrix.row(2));
+    if (!isWhole || hasIdentityAxes(matrix)) // what stands unturned, as most things do, is told at once
     {
-        rotation = Quaternion::IDENTITY;
-        scale = Vector3(1.0F, 1.0F, 1.0F);
-        return false;
+        return isWhole;
     }
     const Axes axes(matrix);
     const glm::dvec3& lengths = axes.lengths();

@@ -1,5 +1,6 @@
 #include "tests/platform/module/platform_test_module.hpp"
 
+#include "kodo/chunk/space_cache.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "qua/symbol_visibility.hpp"
 #include "tern/meta_object.hpp"
@@ -130,6 +131,58 @@ int setOwnProperty(int value)
     return beacon.setProperty("flashes", value) && beacon.property("flashes").tryCast(result) ? result : -1;
 }
 
+/// Counts itself where the test has it counted.
+class Tally
+{
+public:
+    explicit Tally(const Kodo::ChunkSpace& /*space*/) {}
+    Tally(const Tally&) = delete;
+    Tally& operator=(const Tally&) = delete;
+    ~Tally()
+    {
+        if (m_alive != nullptr)
+        {
+            --*m_alive;
+        }
+    }
+
+    void countIn(int& alive)
+    {
+        if (m_alive == nullptr)
+        {
+            m_alive = &alive;
+            ++alive;
+        }
+    }
+
+private:
+    int* m_alive = nullptr;
+};
+
+const Kodo::SpaceCache<Tally> tallies;
+
+void useCache(const Kodo::ChunkSpace& space, int& alive)
+{
+    tallies(space).countIn(alive);
+}
+
+class Crate final : public Kodo::EditorCustomChunkItem
+{
+public:
+    explicit Crate(const Kodo::SmartPointer<Kodo::ChunkSpace>& space)
+        : EditorCustomChunkItem(space, WANTS_NOTHING)
+    {
+    }
+
+private:
+    Captured m_captured;
+};
+
+Kodo::SmartPointer<Kodo::EditorCustomChunkItem> makeItem(const Kodo::SmartPointer<Kodo::ChunkSpace>& space)
+{
+    return new Crate(space);
+}
+
 } // namespace
 
 extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
@@ -143,4 +196,6 @@ extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
     module.scheduleJob = &scheduleJob;
     module.connectChanged = &connectChanged;
     module.setOwnProperty = &setOwnProperty;
+    module.useCache = &useCache;
+    module.makeItem = &makeItem;
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "kodo/chunk/chunk_space.hpp"
+#include "kodo/chunk/editor_custom_chunk_item.hpp"
 #include "kodo/core/async_manager.hpp"
 #include "kodo/core/debug_message_helper.hpp"
+#include "kodo/core/smart_pointer.hpp"
 #include "qua/signal.hpp"
 
 /// What the module offers by name to the test that loads it. Everything it hands out keeps the module's code
@@ -25,6 +28,11 @@ struct PlatformTestModule
     /// Sets a property of an object of the module's own, which it registered when it was loaded, and gives
     /// the value read back.
     int (*setOwnProperty)(int value);
+    /// Uses the module's cache of @p space, which counts itself in @p alive for as long as it is there.
+    void (*useCache)(const Kodo::ChunkSpace& space, int& alive);
+    /// An item of a class of the module's own, in the editor chunk of @p space.
+    Kodo::SmartPointer<Kodo::EditorCustomChunkItem> (*makeItem)(
+        const Kodo::SmartPointer<Kodo::ChunkSpace>& space);
 };
 
 extern "C" using PlatformTestModuleEntry = void(PlatformTestModule & module);
