@@ -80,12 +80,16 @@ public:
             new (to) T(std::move(*static_cast<T*>(from)));
         }
     }
-    void destroy(void* value) const noexcept override
+    void destroy(void* storage) const noexcept override
     {
         if constexpr (!std::is_void_v<T>)
         {
-            static_cast<T*>(value)->~T();
+            static_cast<T*>(storage)->~T();
         }
+    }
+    const void* value(const void* storage) const noexcept override
+    {
+        return std::is_void_v<T> ? nullptr : storage;
     }
     const volatile void* address(const void*) const noexcept override { return nullptr; }
 

@@ -26,7 +26,7 @@ public:
     struct Data
     {
         const std::type_info* type = nullptr;
-        std::size_t size = 0; ///< of a value, in bytes
+        std::size_t size = 0; ///< of a value where it is stored, in bytes; a pointer's for all that point
         std::size_t reserved = 0;
         const std::type_info* underlyingType = nullptr; ///< what a pointer refers to; null for plain values
         std::uint32_t qualifiers = 0;                   ///< of what a pointer refers to; bits as above
@@ -50,12 +50,17 @@ public:
     static std::size_t registeredCount() noexcept;
 
     /// @name Operations on a value in raw storage of size() bytes.
+    /// Pointers of more than one machine word (`std::shared_ptr`) stand in a cell on the heap, and the cell's
+    /// address in the storage. Moving takes the cell along: what was moved from is null, may be copied, moved
+    /// and destroyed, and has no value.
     /// @{
     virtual void copyConstruct(void* to, const void* from) const = 0;
     virtual void moveConstruct(void* to, void* from) const noexcept = 0;
-    virtual void destroy(void* value) const noexcept = 0;
+    virtual void destroy(void* storage) const noexcept = 0;
+    /// The value itself, an object of the registered type; null where it was moved out of its storage.
+    virtual const void* value(const void* storage) const noexcept = 0;
     /// What a pointer value refers to; null for plain values.
-    virtual const volatile void* address(const void* value) const noexcept = 0;
+    virtual const volatile void* address(const void* storage) const noexcept = 0;
     /// @}
 
 protected:
@@ -69,6 +74,73 @@ private:
 /// A type's name as a person writes it.
 VELL_API std::string typeName(const std::type_info& type);
 
+/// How a pointer of one type is stored in a machine word: as it is when it fits, else in a cell on the heap.
+template <PointerLike T>
+struct PointerStorage
+{
+    static constexpr bool IS_INLINE =
+        sizeof(T) <= sizeof(void*) && alignof(T) <= alignof(void*) && std::is_nothrow_move_constructible_v<T>;
+
+    /// Constructs the stored form of @p pointer in @p to.
+    static void store(void* to, T&& pointer)
+    {
+        if constexpr (IS_INLINE)
+        {
+            new (to) T(std::move(pointer));
+        }
+        else
+        {
+            new (to) T*(new T(std::move(pointer)));
+        }
+    }
+    /// The pointer stored; null when it was moved out.
+    static T* find(const void* storage) noexcept
+    {
+        if constexpr (IS_INLINE)
+        {
+            return static_cast<T*>(const_cast<void*>(storage));
+        }
+        else
+        {
+            return *static_cast<T* const*>(storage);
+        }
+    }
+    static void moveConstruct(void* to, void* from) noexcept
+    {
+        if constexpr (IS_INLINE)
+        {
+            new (to) T(std::move(*find(from)));
+        }
+        else
+        {
+            new (to) T*(std::exchange(*static_cast<T**>(from), nullptr));
+        }
+    }
+    static void copyConstruct(void* to, const void* from)
+    {
+        if constexpr (IS_INLINE)
+        {
+            new (to) T(*find(from));
+        }
+        else
+        {
+            const T* const pointer = find(from);
+            new (to) T*(pointer == nullptr ? nullptr : new T(*pointer));
+        }
+    }
+    static void destroy(void* storage) noexcept
+    {
+        if constexpr (IS_INLINE)
+        {
+            find(storage)->~T();
+        }
+        else
+        {
+            delete find(storage);
+        }
+    }
+};
+
 /// The meta type of one pointer or smart-pointer type.
 template <PointerLike T>
 class MetaTypeImpl final : public MetaType
@@ -76,27 +148,25 @@ class MetaTypeImpl final : public MetaType
 public:
     MetaTypeImpl() : MetaType(describe()) {}
 
-    void copyConstruct(void* to, const void* from) const override
+    void copyConstruct(void* to, const void* from) const override { Storage::copyConstruct(to, from); }
+    void moveConstruct(void* to, void* from) const noexcept override { Storage::moveConstruct(to, from); }
+    void destroy(void* storage) const noexcept override { Storage::destroy(storage); }
+    const void* value(const void* storage) const noexcept override { return Storage::find(storage); }
+    const volatile void* address(const void* storage) const noexcept override
     {
-        new (to) T(*static_cast<const T*>(from));
-    }
-    void moveConstruct(void* to, void* from) const noexcept override
-    {
-        new (to) T(std::move(*static_cast<T*>(from)));
-    }
-    void destroy(void* value) const noexcept override { static_cast<T*>(value)->~T(); }
-    const volatile void* address(const void* value) const noexcept override
-    {
-        return PointerTraits<T>::address(*static_cast<const T*>(value));
+        const T* const pointer = Storage::find(storage);
+        return pointer == nullptr ? nullptr : PointerTraits<T>::address(*pointer);
     }
 
 private:
+    using Storage = PointerStorage<T>;
+
     static Data describe()
     {
         using Target = typename PointerTraits<T>::Target;
         Data data;
         data.type = &typeid(T);
-        data.size = sizeof(T);
+        data.size = sizeof(void*);
         data.underlyingType = &typeid(std::remove_cv_t<Target>);
         data.qualifiers = (std::is_const_v<Target> ? CONST_QUALIFIER : 0U) |
                           (std::is_volatile_v<Target> ? VOLATILE_QUALIFIER : 0U);

@@ -8,7 +8,7 @@ namespace vell
 {
 
 /// What a variant needs to know of a pointer type: the class it refers to and the address it holds.
-/// Specialise it for further smart pointers; they must be copyable and no larger than two machine words.
+/// Specialise it for further smart pointers; they must be copyable.
 template <class T>
 struct PointerTraits;
 

@@ -93,7 +93,7 @@ const void* Variant::peek(const std::type_info& type, std::uint32_t allowedQuali
             const void* operator()(const bool& value) const { return &value; }
             const void* operator()(const std::int64_t& value) const { return &value; }
             const void* operator()(const std::string& value) const { return &value; }
-            const void* operator()(const Detail::PointerValue& value) const { return value.storage(); }
+            const void* operator()(const Detail::PointerValue& value) const { return value.value(); }
         };
         return std::visit(AddressOf(), m_value);
     }

@@ -43,18 +43,14 @@ concept VariantInteger =
 namespace Detail
 {
 
-/// A pointer or smart pointer of a registered type, stored inline.
+/// A pointer or smart pointer of a registered type, stored in a machine word.
 class VELL_API PointerValue
 {
 public:
-    static constexpr std::size_t CAPACITY = 2 * sizeof(void*);
-
     template <PointerLike T>
     explicit PointerValue(T pointer) : m_type(&metaType<T>())
     {
-        static_assert(sizeof(T) <= CAPACITY && alignof(T) <= alignof(void*));
-        static_assert(std::is_nothrow_move_constructible_v<T>);
-        new (m_storage) T(std::move(pointer));
+        PointerStorage<T>::store(m_storage, std::move(pointer));
     }
     PointerValue(const PointerValue& other);
     PointerValue(PointerValue&& other) noexcept;
@@ -63,19 +59,20 @@ public:
     ~PointerValue();
 
     const MetaType& type() const noexcept { return *m_type; }
-    const void* storage() const noexcept { return m_storage; }
+    const void* value() const noexcept { return m_type->value(m_storage); }
     const volatile void* address() const noexcept { return m_type->address(m_storage); }
 
 private:
     const MetaType* m_type;
-    alignas(void*) std::byte m_storage[CAPACITY];
+    alignas(void*) std::byte m_storage[sizeof(void*)];
 };
 
 } // namespace Detail
 
 /// A dynamically typed value: nothing (void), bool, 64-bit signed integer, std::string, or a pointer or smart
-/// pointer of a registered type. Values are stored inline; the variant owns a string and a share of what a
-/// smart pointer holds, never what a plain pointer refers to. Not synchronised.
+/// pointer of a registered type. Values are stored inline, but for smart pointers of more than one machine
+/// word: of those it is the address, and what was moved from has no value any more. The variant owns a string
+/// and a share of what a smart pointer holds, never what a plain pointer refers to. Not synchronised.
 class VELL_API Variant
 {
 public:
@@ -213,8 +210,12 @@ private:
         {
             return accept(*value);
         }
+        if (type().type() == typeid(V))
+        {
+            return PointerLike<V> && accept(V{}); // moved out: as null as any smart pointer is then
+        }
         Variant converted{V{}};
-        if (type().type() == typeid(V) || !VariantConverter::convert(converted, *this))
+        if (!VariantConverter::convert(converted, *this))
         {
             return false;
         }

@@ -59,7 +59,7 @@ TEST(MetaTypeTest, DescribesSmartPointersAsPointers)
 {
     const vell::MetaType& shared = vell::metaType<std::shared_ptr<Lamp>>();
     EXPECT_TRUE(*shared.underlyingType() == typeid(Lamp));
-    EXPECT_EQ(shared.size(), sizeof(std::shared_ptr<Lamp>));
+    EXPECT_EQ(shared.size(), sizeof(void*));
     EXPECT_EQ(vell::metaType<std::shared_ptr<const Lamp>>().qualifiers(), 1U);
 
     const vell::MetaType& pointerToShared = vell::metaType<const std::shared_ptr<Lamp>*>();
@@ -121,22 +121,53 @@ TEST(MetaTypeTest, OfSeveralRegistrationsTheOldestThatIsLeftIsFound)
     EXPECT_EQ(vell::MetaType::registeredCount(), before);
 }
 
-TEST(MetaTypeTest, HandlesValuesInRawStorage)
+TEST(MetaTypeTest, HandlesPointersOfTwoWordsInStorageOfOne)
 {
     const vell::MetaType& type = vell::metaType<std::shared_ptr<Lamp>>();
     auto lamp = std::make_shared<Lamp>();
-    alignas(std::shared_ptr<Lamp>) std::byte first[sizeof(lamp)];
-    alignas(std::shared_ptr<Lamp>) std::byte second[sizeof(lamp)];
+    ASSERT_EQ(type.size(), sizeof(void*));
+    alignas(void*) std::byte first[sizeof(void*)];
+    alignas(void*) std::byte second[sizeof(void*)];
+    alignas(void*) std::byte third[sizeof(void*)];
 
-    type.copyConstruct(first, &lamp);
-    EXPECT_EQ(lamp.use_count(), 2);
-    EXPECT_EQ(type.address(first), lamp.get());
+    vell::PointerStorage<std::shared_ptr<Lamp>>::store(first, std::shared_ptr<Lamp>(lamp));
+    type.copyConstruct(second, first);
+    EXPECT_EQ(lamp.use_count(), 3);
+    EXPECT_EQ(type.address(second), lamp.get());
+    EXPECT_NE(type.value(second), type.value(first));
+    EXPECT_EQ(*static_cast<const std::shared_ptr<Lamp>*>(type.value(second)), lamp);
+    type.destroy(second);
+
     type.moveConstruct(second, first);
     EXPECT_EQ(lamp.use_count(), 2);
+    EXPECT_EQ(type.address(second), lamp.get());
     EXPECT_EQ(type.address(first), nullptr);
+    EXPECT_EQ(type.value(first), nullptr);
+    type.copyConstruct(third, first);
+    EXPECT_EQ(type.value(third), nullptr);
+    type.destroy(third);
+    type.moveConstruct(third, first);
+    EXPECT_EQ(type.value(third), nullptr);
+    for (void* storage : {static_cast<void*>(first), static_cast<void*>(second), static_cast<void*>(third)})
+    {
+        type.destroy(storage);
+    }
+    EXPECT_EQ(lamp.use_count(), 1);
+}
+
+TEST(MetaTypeTest, HandlesPointersOfOneWordInPlace)
+{
+    Lamp lamp;
+    const vell::MetaType& type = vell::metaType<Lamp*>();
+    alignas(void*) std::byte first[sizeof(void*)];
+    alignas(void*) std::byte second[sizeof(void*)];
+
+    vell::PointerStorage<Lamp*>::store(first, &lamp);
+    type.moveConstruct(second, first);
+    EXPECT_EQ(type.value(second), static_cast<const void*>(second));
+    EXPECT_EQ(type.address(second), &lamp);
     type.destroy(first);
     type.destroy(second);
-    EXPECT_EQ(lamp.use_count(), 1);
 }
 
 TEST(MetaTypeTest, APlainTypeHasNoAddressToReferTo)

@@ -331,4 +331,28 @@ TEST(VariantTest, TheCastErrorNamesTheTypesItIsGiven)
     }
 }
 
+TEST(VariantTest, ASharedPointerThatWasMovedOutIsNullAndCanBeUsedOn)
+{
+    const auto lamp = std::make_shared<Lamp>();
+    Variant source(lamp);
+    const Variant taken = std::move(source);
+    EXPECT_EQ(lamp.use_count(), 2);
+
+    std::shared_ptr<Lamp> shared = lamp;
+    EXPECT_TRUE(source.tryCast(shared));
+    EXPECT_EQ(shared, nullptr);
+    Lamp* plain = lamp.get();
+    EXPECT_TRUE(source.tryCast(plain));
+    EXPECT_EQ(plain, nullptr);
+    EXPECT_EQ(source.peek<std::shared_ptr<Lamp>>(), nullptr);
+    EXPECT_EQ(source.peek<Lamp>(), nullptr);
+    EXPECT_STREQ(source.type().name(), taken.type().name());
+
+    const Variant copy = source;
+    EXPECT_FALSE(copy.isVoid());
+    EXPECT_EQ(copy.cast<std::shared_ptr<Lamp>>(), nullptr);
+    source = taken;
+    EXPECT_EQ(source.cast<std::shared_ptr<Lamp>>(), lamp);
+}
+
 } // namespace
