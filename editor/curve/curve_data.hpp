@@ -42,8 +42,8 @@ struct Curve
     bool closed = false; ///< goes on from the last point to the first
     std::vector<Position> points;
     CurveKind kind = CurveKind::Linear;
-    std::vector<CurveHandles> handles; ///< of a Bezier curve: one a point; empty for the other kinds
-    std::optional<Kodo::Render::Colour32Bit> color; ///< opaque; the host's choice where there is none
+    std::vector<CurveHandles> handles{}; ///< of a Bezier curve: one a point; empty for the other kinds
+    std::optional<Kodo::Render::Colour32Bit> color{}; ///< opaque; the host's choice where there is none
 
     bool operator==(const Curve&) const = default;
 };

@@ -26,13 +26,13 @@ Position scale(const Position& a, double factor) noexcept
     return {a[0] * factor, a[1] * factor, a[2] * factor};
 }
 
-/// Exact at both ends, and wherever a and b agree.
+/// Exact at both ends, whatever the other one is, and wherever a and b agree.
 Position interpolate(const Position& a, const Position& b, double u) noexcept
 {
     Position result{};
     for (std::size_t i = 0; i < result.size(); ++i)
     {
-        result[i] = u == 1 || a[i] == b[i] ? b[i] : a[i] + (b[i] - a[i]) * u;
+        result[i] = u == 0 ? a[i] : u == 1 || a[i] == b[i] ? b[i] : a[i] + (b[i] - a[i]) * u;
     }
     return result;
 }
@@ -251,7 +251,7 @@ std::size_t samplingSteps(const Curve& curve, std::size_t segment) noexcept
     const double metres =
         distance(cubic[0], cubic[1]) + distance(cubic[1], cubic[2]) + distance(cubic[2], cubic[3]);
     std::size_t steps = FEWEST;
-    while (steps < MOST && static_cast<double>(steps) < metres)
+    while (steps < MOST && !(static_cast<double>(steps) >= metres)) // also where it is not a number
     {
         steps *= 2;
     }

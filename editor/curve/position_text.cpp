@@ -46,7 +46,7 @@ std::optional<Position> parsePosition(std::string_view text)
         }
     }
     skipBlanks();
-    return text.empty() && isFinite(position) ? std::optional(position) : std::nullopt;
+    return text.empty() ? std::optional(position) : std::nullopt;
 }
 
 std::string formatPosition(const Position& position)

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-/// Reads "x y z": three finite numbers with blanks between them. Nothing for any other text.
+/// Reads "x y z": three numbers with blanks between them. Nothing for any other text.
 std::optional<Position> parsePosition(std::string_view text);
 /// The shortest text that parsePosition() reads as exactly @p position, which must be finite.
 std::string formatPosition(const Position& position);
