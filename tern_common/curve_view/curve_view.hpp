@@ -142,35 +142,35 @@ public:
 private:
     friend class CurveViewPointInserter;
 
-    /// What callbacks and running operations know the view by: it outlives the view.
-    struct Presence
-    {
-        CurveView* view;            ///< null once the view is gone
-        std::size_t samplings = 0;  ///< counts whatever makes samples that are being taken obsolete
-        std::size_t pointEdits = 0; ///< counts changes of which control points there are
-    };
-
-    using ControlPoints = std::vector<Kodo::SmartPointer<CurveViewControlPoint>>;
+    struct Presence;
+    class Sampler;
     class NewPoints;
 
-    /// Sets the members and nothing else. What throws in a constructor after this one runs the destructor.
+    using ControlPoints = std::vector<Kodo::SmartPointer<CurveViewControlPoint>>;
+
+    /// Sets the members and nothing else: what throws in a constructor after this one runs the destructor.
     CurveView(int spaceId, const Kodo::Matrix& origin, std::unique_ptr<ICurveDrawer> drawer);
 
     void show(std::unique_ptr<IAbstractCurve> curve);
-    void prepare();
     void connectCurve();
+    void prepare();
+    bool isInvalid() const;
+    bool isWithin(std::size_t index, std::size_t count) const noexcept;
+    void clearSamples() noexcept;
+    void updateCurve();
+
     void createControlPoints();
-    bool makeAllControlPoints(const Presence& presence);
     void deferControlPoints();
+    bool makeAllControlPoints();
+    void insertControlPoints(std::size_t index, std::size_t count);
+    void refreshControlPoint(std::size_t index);
+    void removeControlPoints(std::size_t index, std::size_t count);
     void destroyControlPoints();
     void destroyGhostPoint();
-    void updateCurve();
-    void insertControlPoints(std::size_t index, std::size_t count);
+    Kodo::Matrix pointTransform(const Kodo::Vector3& position) const noexcept;
+    Kodo::SmartPointer<CurveViewControlPoint> makeControlPoint(std::size_t index);
     void drawControlPoints(Kodo::DebugDrawer::Context& context) const;
     void tryDeleteControlPoint(CurveViewControlPoint* point);
-
-    Kodo::Matrix pointTransform(std::size_t index) const;
-    Kodo::SmartPointer<CurveViewControlPoint> makeControlPoint(std::size_t index);
 
     std::unique_ptr<IAbstractCurve> m_curve;
     std::unique_ptr<ICurveDrawer> m_drawer;
@@ -187,5 +187,5 @@ private:
     Kodo::SmartPointer<CurveViewControlPoint> m_ghostPoint;
     std::vector<qua::Connection> m_connections;
     Kodo::AsyncManager::Job m_createJob;
-    std::shared_ptr<Presence> m_presence;
+    std::shared_ptr<Presence> m_presence; ///< what callbacks hold: this view may be gone when they are called
 };

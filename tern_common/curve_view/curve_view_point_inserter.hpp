@@ -3,6 +3,7 @@
 #include "kodo/math/ray.hpp"
 #include "tern_common/export.hpp"
 
+#include <cstddef>
 #include <functional>
 
 class CurveView;
@@ -30,5 +31,8 @@ public:
     void insert(const Kodo::Ray& ray, InsertType type);
 
 private:
+    static void showGhost(CurveView& view, std::size_t index);
+    static void insertPoint(CurveView& view, std::size_t index);
+
     std::function<void(std::function<void(CurveView&)>)> m_forEachView;
 };
