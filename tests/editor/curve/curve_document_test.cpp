@@ -48,12 +48,12 @@ RC_GTEST_PROP(CurveDocumentTest, UndoAndRedoGiveExactlyTheSameData, ())
         if (choice == 0)
         {
             RC_ASSERT(document->history().undo() == (now > 0));
-            now -= now > 0 ? 1 : 0;
+            now -= now > 0 ? 1U : 0U;
         }
         else if (choice == 1)
         {
             RC_ASSERT(document->history().redo() == (now + 1 < past.size()));
-            now += now + 1 < past.size() ? 1 : 0;
+            now += now + 1 < past.size() ? 1U : 0U;
         }
         else
         {
