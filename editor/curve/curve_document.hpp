@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/curve/curve_change.hpp"
 #include "editor/curve/curve_data.hpp"
 #include "editor/history/edit_history.hpp"
 #include "qua/flags.hpp"
@@ -26,11 +27,8 @@ class CurvePoint;
 class CurveDocument : public std::enable_shared_from_this<CurveDocument>
 {
 public:
-    /// Names a point for as long as the curve lives. Undoing the removal of a point brings back the same.
-    enum class PointId : std::uint64_t
-    {
-    };
-
+    /// Undoing the removal of a point brings back the same identifier.
+    using PointId = CurvePointId;
     using SetterFlags = qua::Flags<tern::SetterFlag>;
 
     /// @p history, where the edits are remembered, may be shared with others; one of its own when null.
@@ -76,20 +74,13 @@ public:
 private:
     class Edit;
 
-    struct State
-    {
-        Curve curve;
-        std::vector<PointId> ids;
-    };
-
     CurveDocument(Curve curve, std::shared_ptr<EditHistory> history);
 
     /// Makes the edit that leads to @p next, if it is one.
-    void change(State next, SetterFlags flags = {});
-    void insert(State& state, std::size_t index, const Position& position);
+    void change(CurveState next, SetterFlags flags = {});
     tern::ReflectedObject objectOf(std::optional<PointId> id);
 
-    State m_state;
+    CurveState m_state;
     std::uint64_t m_lastId = 0;
     std::uint64_t m_revision = 0;
     std::shared_ptr<EditHistory> m_history;

@@ -37,9 +37,9 @@ public:
     Scene& operator=(const Scene&) = delete;
     ~Scene()
     {
+        Kodo::ChunkManager::instance().removeSpace(SPACE); // its items leave the collision scene
         Kodo::CollisionSceneManager::instance().removeScene(SPACE);
         Kodo::SpaceManager::instance().removeSpace(SPACE);
-        Kodo::ChunkManager::instance().removeSpace(SPACE);
     }
 };
 
