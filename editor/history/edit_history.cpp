@@ -143,7 +143,15 @@ bool EditHistory::replay(Edits& from, Edits& to, void (IEdit::*direction)())
     std::unique_ptr<IEdit> edit = std::move(from.back());
     from.pop_back();
     const std::size_t changes = ++m_changes;
-    (edit.get()->*direction)();
+    try
+    {
+        (edit.get()->*direction)();
+    }
+    catch (...)
+    {
+        clear();
+        throw;
+    }
     if (m_changes == changes)
     {
         to.push_back(std::move(edit));

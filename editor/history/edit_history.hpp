@@ -10,7 +10,8 @@
 /// What has been edited, for undo and redo. An edit is pushed when it has been done. Main thread only.
 ///
 /// An edit that a listener makes while a step is undone or redone is a new edit like any other: the step
-/// cannot be redone (or undone) then.
+/// cannot be redone (or undone) then. What a listener throws leaves undo() and redo(), and everything is
+/// forgotten: nobody knows how far the step has come.
 class EditHistory
 {
 public:

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -179,6 +180,22 @@ TEST_F(EditHistoryTest, AnEditMadeDuringAnUndoIsRememberedInsteadOfWhatWasUndone
     EXPECT_EQ(m_history.redoCount(), 0U);
     m_history.undo();
     EXPECT_EQ(m_text, "");
+}
+
+TEST_F(EditHistoryTest, AnUndoThatThrowsForgetsEverything)
+{
+    class Throwing final : public EditHistory::IEdit
+    {
+    public:
+        void undo() override { throw std::runtime_error("listener"); }
+        void redo() override {}
+    };
+    type('A');
+    m_history.push(std::make_unique<Throwing>());
+    EXPECT_THROW(m_history.undo(), std::runtime_error);
+    EXPECT_FALSE(m_history.undo());
+    EXPECT_FALSE(m_history.redo());
+    EXPECT_EQ(m_text, "A");
 }
 
 TEST_F(EditHistoryTest, SaysWhenItHasChanged)

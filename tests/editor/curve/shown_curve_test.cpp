@@ -105,7 +105,7 @@ private:
 
 Kodo::Matrix turnedOrigin()
 {
-    return Kodo::Matrix::constructTransformationMatrix({100, 7, -30}, Kodo::Quaternion(0, 0.6F, 0, 0.8F),
+    return Kodo::Matrix::constructTransformationMatrix({100, 7, -30}, Kodo::Quaternion{0, 0.6F, 0, 0.8F},
                                                        {2, 2, 2});
 }
 
