@@ -1,4 +1,4 @@
-// Any bytes are a level or a clear error; a level survives being saved and read.
+// Any bytes are a level or a clear error; a level survives being saved and read, and being opened.
 
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
@@ -16,6 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         const LevelData level = parseLevel(text, "f");
         FUZZ_CHECK(parseLevel(formatLevel(level), "g") == level);
+        for (const Curve& curve : level.curves)
+        {
+            FUZZ_CHECK(curve.handles.size() == (curve.kind == CurveKind::Bezier ? curve.points.size() : 0));
+            FUZZ_CHECK(CurveDocument::make(curve)->curve() == curve);
+        }
     }
     catch (const FileError& error)
     {

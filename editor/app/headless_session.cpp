@@ -3,6 +3,7 @@
 #include "editor/app/find_items.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
+#include "editor/level/track_curve.hpp"
 #include "kodo/core/main_thread_tracker.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "kodo/core/string_conversion.hpp"
@@ -98,7 +99,7 @@ bool HeadlessSession::openLevel()
     KODO_PROFILE_SCOPE("HeadlessSession::openLevel");
     try
     {
-        m_level.replace(readLevelFile(*m_options.level));
+        m_level.replace(readDocument(*m_options.level));
     }
     catch (const FileError& error)
     {
@@ -229,7 +230,7 @@ void HeadlessSession::findMatchingItems()
     {
         complain("--find: " + describe(mark));
     }
-    const LevelData& level = m_commands.level().data();
+    const LevelData level = m_commands.level().data();
     const std::vector<std::size_t> found = findItems(level, query);
     for (const std::size_t index : found)
     {
@@ -263,7 +264,7 @@ void HeadlessSession::saveLevel()
     }
     KODO_PROFILE_SCOPE("HeadlessSession::saveLevel");
     m_foreignReports.drain();
-    const LevelData& level = m_commands.level().data();
+    const LevelData level = m_commands.level().data();
     std::error_code ignored;
     if (m_complaints != 0 && fs::equivalent(*m_options.save, *m_options.level, ignored))
     {

@@ -1,6 +1,8 @@
 #include "editor/level/gpx_track.hpp"
 
 #include "editor/files/file_error.hpp"
+#include "editor/level/track_curve.hpp"
+#include "tests/support/temporary_directory.hpp"
 
 #include <gtest/gtest.h>
 
@@ -57,6 +59,59 @@ TEST(GpxTrackTest, ATrackMayCrossTheDateLine)
     const std::vector<Position> points =
         parseGpxTrack(track("<trkpt lat='0' lon='179.5'/><trkpt lat='0' lon='-179.5'/>"), "a");
     EXPECT_NEAR(points[1][0], METRES_PER_DEGREE, 1e-6);
+}
+
+/// The reference: each point by its own angle from the middle, in the unit sphere's arcs.
+TEST(GpxTrackTest, MayBeCountedFromItsMiddleAndTheSea)
+{
+    const std::vector<Position> points =
+        readGpxTrack(TERN_SAMPLES_DIR "/coast_road.gpx", TrackOrigin::Middle);
+    ASSERT_EQ(points.size(), 7U);
+    // South 54.1, north 54.1009; west 10.8, east 10.80455.
+    const double middle = 54.10045 * std::numbers::pi / 180;
+    EXPECT_NEAR(points[0][0], -0.002275 * METRES_PER_DEGREE * std::cos(middle), 1e-6);
+    EXPECT_NEAR(points[0][2], -0.00045 * METRES_PER_DEGREE, 1e-6);
+    EXPECT_EQ(points[0][1], 4.0);
+    EXPECT_NEAR(points[6][0], -points[0][0], 1e-6);
+    EXPECT_NEAR(points[3][2], 0.00045 * METRES_PER_DEGREE, 1e-6);
+    EXPECT_EQ(points[4][1], 6.3);
+}
+
+TEST(GpxTrackTest, DistancesAreThoseOnTheSphere)
+{
+    const std::vector<Position> points =
+        readGpxTrack(TERN_SAMPLES_DIR "/coast_road.gpx", TrackOrigin::Middle);
+    // From the first point to the second by the haversine of the great circle.
+    const auto radians = [](double degrees) { return degrees * std::numbers::pi / 180; };
+    const double north = std::sin(radians(0.0004) / 2);
+    const double east = std::sin(radians(0.0006) / 2);
+    const double haversine =
+        north * north + std::cos(radians(54.1)) * std::cos(radians(54.1004)) * east * east;
+    const double expected = 2 * 6371008.8 * std::asin(std::sqrt(haversine));
+    EXPECT_NEAR(std::hypot(points[1][0] - points[0][0], points[1][2] - points[0][2]), expected,
+                expected * 1e-5);
+}
+
+TEST(GpxTrackTest, TheMiddleOfATrackAcrossTheDateLineLiesOnIt)
+{
+    const std::vector<Position> points = parseGpxTrack(
+        track("<trkpt lat='0' lon='179.5'/><trkpt lat='0' lon='-178.5'/>"), "a", TrackOrigin::Middle);
+    EXPECT_NEAR(points[0][0], -METRES_PER_DEGREE, 1e-6);
+    EXPECT_NEAR(points[1][0], METRES_PER_DEGREE, 1e-6);
+}
+
+TEST(TrackCurveTest, ATrackIsACurveNamedLikeItsFile)
+{
+    const Curve curve = readTrackCurve(TERN_SAMPLES_DIR "/coast_road.gpx");
+    EXPECT_EQ(curve.name, "coast_road");
+    EXPECT_EQ(curve.kind, CurveKind::Linear);
+    EXPECT_FALSE(curve.closed);
+    EXPECT_EQ(curve.points, readGpxTrack(TERN_SAMPLES_DIR "/coast_road.gpx", TrackOrigin::Middle));
+    EXPECT_EQ(readDocument(TERN_SAMPLES_DIR "/coast_road.gpx").curves, (std::vector<Curve>{curve}));
+    EXPECT_EQ(readDocument(TERN_SAMPLES_DIR "/harbour.level").items.size(), 5U);
+    const TemporaryDirectory directory;
+    EXPECT_EQ(readTrackCurve(directory.write("1st run.gpx", track("<trkpt lat='0' lon='1'/>"))).name,
+              "_1st_run");
 }
 
 TEST(GpxTrackTest, SaysWhatIsWrongAndWhere)

@@ -32,9 +32,12 @@ std::string levelWith(const std::string& members)
 TEST(LevelFileTest, ReadsTheSample)
 {
     const LevelData level = readLevelFile(TERN_SAMPLES_DIR "/harbour.level");
-    ASSERT_EQ(level.curves.size(), 2U);
+    ASSERT_EQ(level.curves.size(), 5U);
     EXPECT_EQ(level.curves[0], (Curve{"quay", false, {{0, 1.5, 0}, {40, 1.5, 2}, {80, 1.5, 2}}}));
     EXPECT_TRUE(level.curves[1].closed);
+    EXPECT_EQ(level.curves[2].kind, CurveKind::CatmullRom);
+    EXPECT_EQ(level.curves[3].color, Kodo::Render::Colour32Bit(0xFF40A0FFU));
+    EXPECT_EQ(level.curves[3].handles[0], (CurveHandles{{0, 0, -4.4}, {0, 0, 4.4}}));
     ASSERT_EQ(level.items.size(), 6U);
     EXPECT_EQ(level.items[0],
               (Item{"north crane", "crane", {10, 1.5, 4}, {{"definition", "quay_crane"}, {"load", "40"}}}));
@@ -66,6 +69,69 @@ TEST(LevelFileTest, WritesAPointALine)
                                   "    ],\n"
                                   "    \"items\": []\n"
                                   "}\n");
+}
+
+TEST(LevelFileTest, WritesOfACurveWhatIsNotAsUsual)
+{
+    LevelData level;
+    level.curves = {{"a",
+                     true,
+                     {{1, 2, 3}},
+                     CurveKind::Bezier,
+                     {{{-1, 0, 0}, {1, 0, 0}}},
+                     Kodo::Render::Colour32Bit(0xFF00FF0AU)},
+                    {"b", false, {}, CurveKind::CatmullRom}};
+    const std::string text = formatLevel(level);
+    EXPECT_NE(
+        text.find(
+            "{\"name\": \"a\", \"closed\": true, \"kind\": \"bezier\", \"color\": \"00FF0A\", \"points\": [\n"
+            "            {\"position\":[1.0,2.0,3.0],\"in\":[-1.0,0.0,0.0],\"out\":[1.0,0.0,0.0]}\n"),
+        std::string::npos)
+        << text;
+    EXPECT_NE(text.find("{\"name\": \"b\", \"closed\": false, \"kind\": \"catmullRom\", \"points\": []}"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(parseLevel(text, "a"), level);
+}
+
+TEST(LevelFileTest, AllOfACurveButItsNameMayBeLeftOut)
+{
+    const LevelData level =
+        parseLevel(levelWith(",\"curves\":[{\"name\":\"a\"},{\"name\":\"b\",\"kind\":\"bezier\",\"points\":"
+                             "[[1,2,3],{\"position\":[4,5,6]},{\"position\":[7,8,9],\"in\":[1,1,1]}]}]"),
+                   "a");
+    EXPECT_EQ(level.curves[0], (Curve{"a", false, {}}));
+    EXPECT_EQ(
+        level.curves[1],
+        (Curve{"b", false, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}, CurveKind::Bezier, {{}, {}, {{1, 1, 1}, {}}}}));
+}
+
+TEST(LevelFileTest, SaysWhichValueOfACurveIsWrong)
+{
+    const auto ofCurve = [](const std::string& members)
+    { return complaint(levelWith(",\"curves\":[{\"name\":\"a\"" + members + "}]")); };
+    EXPECT_EQ(ofCurve(",\n\"kind\":\"round\""),
+              "a.level:2:8: a curve's kind is \"linear\", \"catmullRom\" or \"bezier\"");
+    EXPECT_EQ(ofCurve(",\n\"kind\":1"), "a.level:2:8: \"kind\" is no text");
+    EXPECT_EQ(ofCurve(",\n\"color\":\"red\""), "a.level:2:9: a colour is six hexadecimal digits");
+    EXPECT_EQ(ofCurve(",\"points\":[\n{\"position\":[0,0,0]}]"),
+              "a.level:2:1: only a Bezier curve's points have handles");
+    const std::string bezier = ",\"kind\":\"bezier\",\"points\":[\n";
+    EXPECT_EQ(ofCurve(bezier + "{}]"), "a.level:2:1: \"position\" is missing");
+    EXPECT_EQ(ofCurve(bezier + "{\"position\":[0,0,0],\n\"in\":[1]}]"),
+              "a.level:3:6: a position is an array of three numbers");
+    EXPECT_EQ(ofCurve(bezier + "{\"position\":[0,0,0],\n\"up\":[1]}]"),
+              "a.level:3:6: a member \"up\" is not known here");
+    EXPECT_EQ(ofCurve(bezier + "{\"position\":[0,0,0],\n\"position\":[0,0,0]}]"),
+              "a.level:3:1: a second member \"position\"");
+    EXPECT_EQ(ofCurve(",\"kind\":\"linear\",\n\"kind\":\"linear\""), "a.level:2:1: a second member \"kind\"");
+}
+
+TEST(LevelFileTest, ALevelIsNotSavedAsATrack)
+{
+    const TemporaryDirectory directory;
+    EXPECT_THROW(writeLevelFile(directory.path() / "a.gpx", LevelData()), FileError);
+    EXPECT_FALSE(std::filesystem::exists(directory.path() / "a.gpx"));
 }
 
 TEST(LevelFileTest, SaysWhereAFileStopsBeingJson)

@@ -76,4 +76,71 @@ TEST_F(LevelTest, ACurveMayBeRemovedByItsOwnName)
     EXPECT_EQ(m_events.back(), "-road");
 }
 
+TEST_F(LevelTest, EveryEditOfTheLevelAndItsCurvesCanBeUndoneAndRedone)
+{
+    m_level.addCurve("road");
+    m_level.addPoints("road", {{1, 2, 3}, {4, 5, 6}});
+    m_level.addCurve("rail");
+    m_level.findDocument("road")->removePoint(0);
+    m_level.removeCurve("road");
+    const LevelData end = m_level.data();
+    EditHistory& history = m_level.history();
+    EXPECT_EQ(history.undoCount(), 5U);
+
+    history.undo();
+    EXPECT_EQ(m_level.findCurve("road")->points, (std::vector<Position>{{4, 5, 6}}));
+    EXPECT_EQ(m_level.curves().front().name, "road") << "it stands where it stood";
+    history.undo();
+    EXPECT_EQ(m_level.findCurve("road")->points, (std::vector<Position>{{1, 2, 3}, {4, 5, 6}}));
+    while (history.undo())
+    {
+    }
+    EXPECT_EQ(m_level.data(), LevelData());
+    EXPECT_EQ(m_events, (std::vector<std::string>{"+road", "+rail", "-road", "+road", "-rail", "-road"}));
+    while (history.redo())
+    {
+    }
+    EXPECT_EQ(m_level.data(), end);
+}
+
+TEST_F(LevelTest, ARemovedCurveComesBackAsTheSameDocument)
+{
+    m_level.addCurve("road");
+    const auto document = m_level.findDocument("road");
+    m_level.removeCurve("road");
+    EXPECT_EQ(m_level.findDocument("road"), nullptr);
+    m_level.history().undo();
+    EXPECT_EQ(m_level.findDocument("road"), document);
+}
+
+TEST_F(LevelTest, ReplacingForgetsTheHistory)
+{
+    m_level.addCurve("road");
+    m_level.replace({});
+    EXPECT_EQ(m_level.history().undoCount(), 0U);
+    EXPECT_FALSE(m_level.history().undo());
+}
+
+TEST_F(LevelTest, ADocumentMayOutliveItsLevel)
+{
+    std::shared_ptr<CurveDocument> document;
+    {
+        Level level;
+        level.addCurve("road");
+        document = level.findDocument("road");
+        document->appendPoints({{1, 2, 3}});
+    }
+    EXPECT_EQ(document->history().undoCount(), 0U);
+    document->removePoint(0);
+    EXPECT_TRUE(document->history().undo());
+    EXPECT_EQ(document->curve().points.size(), 1U);
+}
+
+TEST_F(LevelTest, RefusesACurveThatTheSceneCannotHold)
+{
+    EXPECT_THROW(m_level.addCurve({"road", false, {{1e39, 0, 0}}}), LevelError);
+    m_level.addCurve("road");
+    EXPECT_THROW(m_level.addPoints("road", {{0, 0, 1e39}}), LevelError);
+}
+
 } // namespace
