@@ -15,6 +15,8 @@ class KODO_API ChunkManager
 {
 public:
     static ChunkManager& instance();
+    ChunkManager(const ChunkManager&) = delete;
+    ChunkManager& operator=(const ChunkManager&) = delete;
 
     /// The space of that identifier; with @p createIfMissing made if need be, else null.
     SmartPointer<ChunkSpace> space(int id, bool createIfMissing);
@@ -23,7 +25,8 @@ public:
     std::size_t spaceCount() const noexcept { return m_spaces.size(); }
 
 private:
-    ChunkManager() = default;
+    ChunkManager();
+    ~ChunkManager();
 
     std::unordered_map<int, SmartPointer<ChunkSpace>> m_spaces;
 };

@@ -54,7 +54,12 @@ public:
 
 private:
     friend class ChunkItemBase;
+    friend class ChunkManager;
     ~ChunkSpace() override;
+
+    /// All items forget the space, and the editor chunk lets go of its own.
+    void releaseItems() noexcept;
+    void destroyCaches() noexcept;
 
     int m_id;
     mutable std::vector<std::unique_ptr<Cache>> m_caches;

@@ -8,8 +8,6 @@
 #include "tern/object.hpp"
 #include "tern/setter_flag.hpp"
 
-#include <array>
-
 namespace Kodo
 {
 
@@ -20,8 +18,12 @@ enum class SelectItemType
     ChunkItem
 };
 
-/// An item of the editor's own in the 3D scene: can be placed, selected, hovered and deleted. Enters its
-/// space's editor chunk, which holds it, when constructed. Main thread only.
+/// An item of the editor's own in the 3D scene: can be placed, selected, hovered and deleted. Main thread
+/// only.
+///
+/// It enters its space's editor chunk, which holds it, when its base is constructed: a derived constructor
+/// may hand out pointers to it, and may throw, which takes it out again. Where there is no space, nobody
+/// holds it before its maker does.
 class KODO_API EditorCustomChunkItem : public ChunkItemBase, public tern::Object
 {
 public:
@@ -62,13 +64,8 @@ private:
 
 /// Registers EditorCustomChunkItem with its properties: "selected" and "hovered" (bool, read-only).
 template <>
-class tern::StaticMetaObject<Kodo::EditorCustomChunkItem> : public tern::BaseStaticMetaObject<0>
+class KODO_API tern::StaticMetaObject<Kodo::EditorCustomChunkItem> : public tern::BaseStaticMetaObject<0>
 {
 public:
-    StaticMetaObject()
-        : BaseStaticMetaObject(typeid(Kodo::EditorCustomChunkItem), "EditorCustomChunkItem", Annotations(),
-                               Bases())
-    {
-        MetaObjectManager::instance().registerType(*this);
-    }
+    StaticMetaObject();
 };

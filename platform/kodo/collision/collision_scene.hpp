@@ -75,7 +75,7 @@ public:
 
 private:
     class Objects;
-    std::unique_ptr<Objects> m_objects;
+    std::shared_ptr<Objects> m_objects; ///< shared with the rays under way
 };
 
 } // namespace Kodo
