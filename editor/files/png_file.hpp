@@ -16,5 +16,6 @@ struct RgbPicture
 /// The bytes of a PNG file; empty when the picture is empty or not as large as it says.
 std::string formatPng(const RgbPicture& picture);
 
-/// Replaces the file by the picture (see replaceFile()); false when that fails, or when there is no PNG of it.
+/// Replaces the file by the picture (see replaceFile()); false when that fails, or when there is no PNG of
+/// it.
 bool writePng(const std::string& file, const RgbPicture& picture);

@@ -17,8 +17,9 @@ using Kodo::DebugDrawer::SphereRecord;
 namespace
 {
 
-// Four vertices a segment. It is cut off at the edges of the view, widened so that its own edges stay outside,
-// before it is projected: what lies behind the eye has no place on the screen, and far places have no exact one.
+// Four vertices a segment. It is cut off at the edges of the view, widened so that its own edges stay
+// outside, before it is projected: what lies behind the eye has no place on the screen, and far places have
+// no exact one.
 constexpr const char* LINE_VERTEX = R"(
 layout(location = 0) in vec3 from;
 layout(location = 1) in vec3 to;

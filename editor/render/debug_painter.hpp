@@ -28,8 +28,8 @@ struct DebugView
 ///   not write depths either, whatever it asked for. Colours are opaque and not clamped before they are
 ///   stored; alpha does not count.
 /// - A line is a band of its width in world units that faces the camera, round at its joints and ends; its
-///   half width on the screen changes evenly from one end of a segment to the other. It is not lit. A strip of
-///   one point is a dot, one of none is nothing.
+///   half width on the screen changes evenly from one end of a segment to the other. It is not lit. A strip
+///   of one point is a dot, one of none is nothing.
 /// - A ball is lit as SceneLight says. A negative scale looks as its absolute value does: a ball is its own
 ///   mirror image. A scale of zero in any axis draws nothing.
 /// - Something with a number that is not finite draws nothing, segment by segment.

@@ -15,8 +15,8 @@ public:
     {
     };
 
-    /// The sources go without their "#version" line. @p name is for messages. Throws GlError with the driver's
-    /// log.
+    /// The sources go without their "#version" line. @p name is for messages. Throws GlError with the
+    /// driver's log.
     GlProgram(std::string name, const std::string& vertexSource, const std::string& fragmentSource);
 
     /// Throws GlError for a uniform that the program does not use: it is misspelt there or here.

@@ -6,8 +6,8 @@
 #include "editor/render/solid_scene.hpp"
 #include "kodo/render/camera.hpp"
 
-/// Fills the frame buffer with the sky, a ground with the boxes' shadows, and the boxes, and with their depths.
-/// Made, used and destroyed while its OpenGL context is current.
+/// Fills the frame buffer with the sky, a ground with the boxes' shadows, and the boxes, and with their
+/// depths. Made, used and destroyed while its OpenGL context is current.
 class SolidPainter
 {
 public:

@@ -1,5 +1,6 @@
 #include "editor/render/sphere_mesh.hpp"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -24,15 +25,18 @@ SphereMesh makeIcosahedron()
              {LONG, 0, SHORT},
              {-LONG, 0, -SHORT},
              {-LONG, 0, SHORT}},
-            {0, 11, 5, 0, 5, 1, 0, 1, 7, 0, 7, 10, 0, 10, 11, 1, 5, 9, 5, 11, 4,  11, 10, 2,  10, 7, 6, 7, 1, 8,
-             3, 9, 4, 3, 4, 2, 3, 2, 6, 3, 6, 8,  3, 8,  9,  4, 9, 5, 2, 4,  11, 6,  2,  10, 8,  6, 7, 9, 8, 1}};
+            {0, 11, 5,  0, 5,  1, 0, 1, 7, 0, 7,  10, 0, 10, 11, 1, 5, 9, 5, 11,
+             4, 11, 10, 2, 10, 7, 6, 7, 1, 8, 3,  9,  4, 3,  4,  2, 3, 2, 6, 3,
+             6, 8,  3,  8, 9,  4, 9, 5, 2, 4, 11, 6,  2, 10, 8,  6, 7, 9, 8, 1}};
 }
 
 /// Splits triangles, making the vertex in the middle of each edge once.
 class Splitter
 {
 public:
-    explicit Splitter(SphereMesh mesh) : m_vertices(std::move(mesh.vertices)), m_old(std::move(mesh.indices)) {}
+    explicit Splitter(SphereMesh mesh) : m_vertices(std::move(mesh.vertices)), m_old(std::move(mesh.indices))
+    {
+    }
 
     SphereMesh split()
     {
