@@ -33,6 +33,7 @@ private:
     /// Says which command was started, once, before anything that it leads to is said.
     void announce();
     void findMatchingItems();
+    void drawPicture();
     void saveLevel();
     void summarize();
 

@@ -1,6 +1,7 @@
 #include "editor/picture/level_scene.hpp"
 
 #include "editor/curve/editor_curve.hpp"
+#include "editor/palette/palette.hpp"
 #include "editor/picture/level_solids.hpp"
 #include "kodo/chunk/chunk_manager.hpp"
 #include "kodo/chunk/space_manager.hpp"
@@ -25,15 +26,31 @@ Colour32Bit packed(const ColourRGBAFloat& color, float factor)
     return Colour32Bit(0xFF000000U | (byte(color.r()) << 16U) | (byte(color.g()) << 8U) | byte(color.b()));
 }
 
-/// Gives each curve without a colour one that is neither the scene's nor another curve's.
+/// Gives colours that are neither the scene's nor those of curves that bring their own.
 ColorGenerator colorsFor(const Level& level)
 {
-    ColorGenerator colors;
-    for (const ColourRGBAFloat& color : sceneColors())
+    std::vector<Colour32Bit> wanted = sceneColors();
+    for (const auto& document : level.documents())
     {
-        colors.banColor(color);
+        if (document->curve().color)
+        {
+            wanted.push_back(*document->curve().color);
+        }
     }
-    static_cast<void>(level);
+    std::vector<Colour32Bit> banned;
+    ColorGenerator colors;
+    for (const Colour32Bit color : wanted)
+    {
+        banned.push_back(color);
+        if (leavesFreeHue(banned)) // else the generator would look for one for ever
+        {
+            colors.banColor(color);
+        }
+        else
+        {
+            banned.pop_back();
+        }
+    }
     return colors;
 }
 

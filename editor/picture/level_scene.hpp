@@ -9,8 +9,9 @@
 #include <memory>
 #include <vector>
 
-/// A level as it stands in a space of the scene: its items as boxes on a ground, and a CurveView for each curve
-/// with points. Shows the curves' later edits, and neither items nor curves that come or go. Main thread only.
+/// A level as it stands in a space of the scene: its items as boxes on a ground, and a CurveView for each
+/// curve with points. Shows the curves' later edits, and neither items nor curves that come or go. Main
+/// thread only.
 class LevelScene
 {
 public:

@@ -11,18 +11,19 @@
 #include <system_error>
 
 using Kodo::Vector3;
-using Color = Kodo::Render::ColourRGBAFloat;
+using Kodo::Render::Colour32Bit;
 
 namespace
 {
 
 constexpr Vector3 DEFAULT_SIZE{3.0F, 3.0F, 3.0F};
 constexpr float GAP_TO_GROUND = 0.25F;
+constexpr Colour32Bit SELECTED_COLOR{0xFFEBA04A}; // of control points
 
 // Muted, and of few hues: most hues are left for curves.
-constexpr std::array<Color, 5> BOX_COLORS{
-    Color(0.80F, 0.68F, 0.53F, 1.0F), Color(0.56F, 0.65F, 0.77F, 1.0F), Color(0.76F, 0.50F, 0.44F, 1.0F),
-    Color(0.82F, 0.80F, 0.76F, 1.0F), Color(0.40F, 0.46F, 0.56F, 1.0F)};
+constexpr std::array<Colour32Bit, 5> BOX_COLORS{Colour32Bit(0xFFCCAD87), Colour32Bit(0xFF8FA6C4),
+                                                Colour32Bit(0xFFC28070), Colour32Bit(0xFFD1CCC2),
+                                                Colour32Bit(0xFF66758F)};
 
 /// "x y z"; nothing where it is not three positive numbers that are of use.
 std::optional<Vector3> sizeIn(std::string_view text)
@@ -118,8 +119,7 @@ SolidScene solidsOf(const std::vector<Item>& items, const SceneBounds& curves)
     {
         if (isFinite(placeOf(item)))
         {
-            const auto number =
-                static_cast<std::size_t>(std::distance(types.begin(), types.find(item.type)));
+            const auto number = static_cast<std::size_t>(std::distance(types.begin(), types.find(item.type)));
             scene.boxes.push_back(boxOf(item, groundHeight));
             scene.boxes.back().color = BOX_COLORS[number % BOX_COLORS.size()];
         }
@@ -140,9 +140,9 @@ SceneBounds boundsOf(const SolidScene& solids, const SceneBounds& curves)
     return bounds;
 }
 
-std::vector<Color> sceneColors()
+std::vector<Colour32Bit> sceneColors()
 {
-    std::vector<Color> colors(BOX_COLORS.begin(), BOX_COLORS.end());
-    colors.push_back(SolidScene().zenith);
+    std::vector<Colour32Bit> colors(BOX_COLORS.begin(), BOX_COLORS.end());
+    colors.push_back(SELECTED_COLOR);
     return colors;
 }

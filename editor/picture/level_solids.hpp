@@ -9,8 +9,8 @@
 /// A level's items as boxes on a ground.
 ///
 /// A box stands around its item's position, as wide and deep as the item's property "size" says ("x y z", in
-/// metres; 3 each way without it), from the ground up to that height above the position. One that is not three
-/// positive numbers is reported and does not count. Items of one type have one colour.
+/// metres; 3 each way without it), from the ground up to that height above the position. One that is not
+/// three positive numbers is reported and does not count. Items of one type have one colour.
 ///
 /// @p curves holds what else is to be seen. The ground lies just below everything, so that it hides nothing.
 SolidScene solidsOf(const std::vector<Item>& items, const SceneBounds& curves);
@@ -18,5 +18,5 @@ SolidScene solidsOf(const std::vector<Item>& items, const SceneBounds& curves);
 /// What is to be seen of all that.
 SceneBounds boundsOf(const SolidScene& solids, const SceneBounds& curves);
 
-/// The colours of the sky and of all boxes that there can be: those that no curve should be mistaken for.
-std::vector<Kodo::Render::ColourRGBAFloat> sceneColors();
+/// The colours of boxes and of selected control points: no curve should be mistaken for them.
+std::vector<Kodo::Render::Colour32Bit> sceneColors();

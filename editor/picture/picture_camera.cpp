@@ -61,8 +61,9 @@ float framingHeight(const Camera& camera, const SceneBounds& bounds, float aspec
 
 float distanceTo(const SceneBounds& bounds, const Vector3& place)
 {
-    const auto outside = [](float low, float high, float value)
-    { return std::max({low - value, value - high, 0.0F}); };
+    const auto outside = [](float low, float high, float value) {
+        return std::max({low - value, value - high, 0.0F});
+    };
     return Vector3(outside(bounds.low().x, bounds.high().x, place.x),
                    outside(bounds.low().y, bounds.high().y, place.y),
                    outside(bounds.low().z, bounds.high().z, place.z))
