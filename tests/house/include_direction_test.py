@@ -98,6 +98,9 @@ PLANTED = {
     "platform/qua/up.hpp": ('#include "vell/variant.hpp"', "qua must not include vell"),
     "platform/vell/variant.hpp": ('#include "qua/signal.hpp"', None),
     "platform/vell/above.cpp": ('#  include "tern/object.hpp"', "vell must not include tern"),
+    "platform/tern/object.hpp": ('#include "vell/variant.hpp"', None),
+    "platform/tern/above.cpp": ('#include "kodo/export.hpp"', "tern must not include kodo"),
+    "platform/kodo/math/fast.hpp": ("#include <glm/vec3.hpp>", "must not include glm"),
     "platform/kodo/core/log.hpp": ("#include <spdlog/spdlog.h>", "must not include spdlog"),
     "platform/kodo/core/log.cpp": ("#include <spdlog/spdlog.h>", None),
     "platform/kodo/core/cpp.cpp": ('#include "tern_common/export.hpp"', "kodo must not include tern_common"),
@@ -120,7 +123,7 @@ PLANTED = {
     "editor/angle.cpp": ("#include <qua/signal.hpp>", "quote it"),
 }
 PLANTED_INSTALLED = (
-    "platform/qua/signal.hpp", "platform/qua/export.hpp", "platform/kodo/core/log.hpp", "tern_common/export.hpp",
+    "platform/qua/signal.hpp", "platform/qua/export.hpp", "platform/kodo/core/log.hpp", "platform/kodo/math/fast.hpp", "tern_common/export.hpp",
     "tern_common/assertion.hpp", "tern_common/command_object.hpp", "tern_common/utils/finalizer.hpp")
 
 

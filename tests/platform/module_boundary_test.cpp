@@ -4,6 +4,8 @@
 #include "kodo/core/debug_message_helper.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "qua/signal.hpp"
+#include "tern/meta_object.hpp"
+#include "tern/property_change_notifier.hpp"
 #include "tests/platform/module/platform_test_module.hpp"
 #include "tests/support/reports.hpp"
 #include "vell/meta_type.hpp"
@@ -192,6 +194,51 @@ TEST_F(ModuleBoundaryTest, RegistrationsEndWithTheModule)
         EXPECT_EQ(vell::MetaType::registeredCount(), types);
         EXPECT_EQ(vell::VariantConverter::registeredCount(), converters);
     }
+}
+
+TEST_F(ModuleBoundaryTest, AReflectedClassGoesWithTheModule)
+{
+    const tern::MetaObjectManager& manager = tern::MetaObjectManager::instance();
+    m_module.reset();
+    const std::size_t classes = manager.registeredCount();
+
+    for (int round = 0; round < 3; ++round)
+    {
+        m_module.emplace();
+        EXPECT_EQ(manager.registeredCount(), classes + 1);
+        ASSERT_NE(manager.find("Beacon"), nullptr);
+        EXPECT_EQ((*m_module)->setOwnProperty(5), 5);
+
+        unload();
+        EXPECT_EQ(manager.registeredCount(), classes);
+        EXPECT_EQ(manager.find("Beacon"), nullptr);
+    }
+}
+
+TEST_F(ModuleBoundaryTest, ACancelledJobLeavesNothing)
+{
+    int count = 0;
+    Kodo::AsyncManager::Job job = (*m_module)->scheduleJob(count);
+    Kodo::AsyncManager::runMainThreadJobs();
+    job.cancel(true);
+
+    unload();
+    Kodo::AsyncManager::runMainThreadJobs();
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(Kodo::AsyncManager::pendingCount(), 0U);
+}
+
+TEST_F(ModuleBoundaryTest, AnObjectOutlivesTheListenersOfItsChanges)
+{
+    int count = 0;
+    const std::size_t listeners = tern::PropertyChangeNotifier::listenerCount();
+    qua::Connection connection = (*m_module)->connectChanged(count);
+    EXPECT_EQ((*m_module)->setOwnProperty(2), 2);
+
+    connection.disconnect();
+    unload();
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(tern::PropertyChangeNotifier::listenerCount(), listeners);
 }
 
 TEST_F(ModuleBoundaryTest, TheTextsOfAScopeSurviveTheModule)

@@ -32,8 +32,6 @@ protected:
     ChunkItemBase(const SmartPointer<ChunkSpace>& space, WantFlags wantFlags);
     ~ChunkItemBase() override;
 
-    SceneObject& sceneObject() noexcept { return m_sceneObject; }
-
 private:
     friend class ChunkSpace;
 

@@ -11,7 +11,10 @@ namespace Kodo
 
 /// One @p T for each chunk space, made on first use as T(const ChunkSpace&) and kept in the space. Reserves
 /// its slot when constructed and gives it back, with all that is in it, when destroyed: a plug-in's caches go
-/// with the plug-in.
+/// with the plug-in. Main thread only.
+///
+/// T's constructor and destructor may look up other caches and reserve or give back other slots; what a
+/// destructor makes anew in the slot or space that is going is destroyed as well.
 template <class T>
 class SpaceCache
 {
@@ -30,6 +33,10 @@ public:
             return static_cast<Holder*>(cache)->value;
         }
         auto holder = std::make_unique<Holder>(space);
+        if (ChunkSpace::Cache* cache = space.cache(m_slot))
+        {
+            return static_cast<Holder*>(cache)->value; // its constructor has looked itself up: one for all
+        }
         T& value = holder->value;
         space.setCache(m_slot, std::move(holder));
         return value;

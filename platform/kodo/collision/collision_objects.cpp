@@ -1,6 +1,7 @@
 #include "kodo/collision/collision_objects.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace Kodo
@@ -19,6 +20,7 @@ namespace
 constexpr std::uint32_t BLOCK = 64;
 /// Fewer gaps than this are never worth closing.
 constexpr std::size_t FEW_GAPS = 64;
+constexpr std::uint64_t SIGN_BIT = std::uint64_t{1} << 63U;
 
 template <class T>
 void makeRoomIn(std::vector<T>& values)
@@ -31,7 +33,7 @@ void makeRoomIn(std::vector<T>& values)
 
 } // namespace
 
-bool CollisionScene::Objects::add(SceneObject& object, const SmartPointer<CollisionShape>& shape,
+bool CollisionScene::Objects::add(const SceneObject& object, const SmartPointer<CollisionShape>& shape,
                                   const Matrix& transform, int collisionMask)
 {
     if (!shape || contains(object))
@@ -75,15 +77,6 @@ void CollisionScene::Objects::makeRoom()
     m_freeSlots.reserve(m_places.capacity());
 }
 
-void CollisionScene::Objects::move(const SceneObject& object, const Matrix& transform) noexcept
-{
-    const Place place = placeOf(object);
-    if (place != NOWHERE)
-    {
-        put(place, transform);
-    }
-}
-
 void CollisionScene::Objects::remove(const SceneObject& object) noexcept
 {
     const Place place = placeOf(object);
@@ -115,16 +108,9 @@ void CollisionScene::Objects::clear() noexcept
 
 /// Copies of a handle that were made before the object was taken in know no slot, and handles of another
 /// scene a wrong one: these are looked up.
-CollisionScene::Objects::Place CollisionScene::Objects::placeOf(const SceneObject& object) const noexcept
+CollisionScene::Objects::Place
+CollisionScene::Objects::searchPlaceOf(const SceneObject& object) const noexcept
 {
-    if (object.m_slot < m_places.size())
-    {
-        const Place place = m_places[object.m_slot];
-        if (place != NOWHERE && m_entries[place].object == object)
-        {
-            return place;
-        }
-    }
     const auto found = m_slotOfId.find(object.id());
     return found == m_slotOfId.end() ? NOWHERE : m_places[found->second];
 }
@@ -241,14 +227,14 @@ bool CollisionScene::Objects::isAnyNear(const Line& line, Place first, Place end
     const double* const squaredRadius = m_squaredRadius.data();
     const Real3 origin = line.origin;
     const Real3 direction = line.direction;
-    std::int64_t any = 0; // as wide as the numbers, for the sake of vectors
+    std::uint64_t misses = SIGN_BIT; // sign bits of differences: comparisons GCC does not vectorise
     for (std::size_t i = first; i < end; ++i)
     {
         const double squaredDistance = Collisions::squaredDistanceToAxis(x[i] - origin[0], y[i] - origin[1],
                                                                          z[i] - origin[2], direction);
-        any |= squaredDistance <= squaredRadius[i] ? std::int64_t{-1} : std::int64_t{0};
+        misses &= std::bit_cast<std::uint64_t>(squaredRadius[i] - squaredDistance);
     }
-    return any != 0;
+    return (misses & SIGN_BIT) == 0;
 }
 
 std::optional<double> CollisionScene::Objects::enter(const Line& line, Place place) const noexcept

@@ -3,6 +3,7 @@
 #include "kodo/collision/collision_scene.hpp"
 #include "kodo/collision/placed_shape.hpp"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -21,9 +22,16 @@ namespace Kodo
 class CollisionScene::Objects
 {
 public:
-    bool add(SceneObject& object, const SmartPointer<CollisionShape>& shape, const Matrix& transform,
+    bool add(const SceneObject& object, const SmartPointer<CollisionShape>& shape, const Matrix& transform,
              int collisionMask);
-    void move(const SceneObject& object, const Matrix& transform) noexcept;
+    void move(const SceneObject& object, const Matrix& transform) noexcept
+    {
+        const Place place = placeOf(object);
+        if (place != NOWHERE && !putSphere(place, transform))
+        {
+            put(place, transform);
+        }
+    }
     void remove(const SceneObject& object) noexcept;
     void clear() noexcept;
     bool contains(const SceneObject& object) const noexcept { return placeOf(object) != NOWHERE; }
@@ -45,8 +53,21 @@ private:
         Collisions::ShapeKind kind = Collisions::ShapeKind::Nothing;
     };
 
-    Place placeOf(const SceneObject& object) const noexcept;
+    Place placeOf(const SceneObject& object) const noexcept
+    {
+        if (object.m_slot < m_places.size())
+        {
+            const Place place = m_places[object.m_slot];
+            if (place != NOWHERE && m_entries[place].object == object)
+            {
+                return place;
+            }
+        }
+        return searchPlaceOf(object);
+    }
+    Place searchPlaceOf(const SceneObject& object) const noexcept;
     void put(Place place, const Matrix& transform) noexcept;
+    bool putSphere(Place place, const Matrix& transform) noexcept;
     void makeRoom();
     void closeGaps() noexcept;
     bool isAnyNear(const Collisions::Line& line, Place first, Place end) const noexcept;
@@ -64,5 +85,38 @@ private:
     std::unordered_map<std::uint64_t, std::uint32_t> m_slotOfId;
     std::size_t m_raysUnderWay = 0;
 };
+
+/// The short way for what moves most: a sphere that is scaled evenly and not turned. False, with nothing
+/// changed, when it is something else.
+inline bool CollisionScene::Objects::putSphere(Place place, const Matrix& transform) noexcept
+{
+    const auto& m = transform.m;
+    const bool isEven = m[0][0] == m[1][1] && m[0][0] == m[2][2];
+    const auto bits = [](float number) { return std::bit_cast<std::uint32_t>(number); };
+    const std::uint32_t aside =
+        (bits(m[0][1]) | bits(m[0][2]) | bits(m[1][0]) | bits(m[1][2]) | bits(m[2][0]) | bits(m[2][1]))
+        << 1U; // zeros may have a sign
+    Entry& entry = m_entries[place];
+    const double x{m[3][0]};
+    const double y{m[3][1]};
+    const double z{m[3][2]};
+    const double radius = entry.shape->m_sphereRadius * double{m[0][0]};
+    const double squaredRadius = radius * radius;
+    const double sum = x + y + z + squaredRadius; // not finite when one of them is not
+    if (!isEven || aside != 0 || !(entry.shape->m_sphereRadius > 0.0) || !(squaredRadius > 0.0) ||
+        sum - sum != 0.0)
+    {
+        return false;
+    }
+    m_x[place] = x;
+    m_y[place] = y;
+    m_z[place] = z;
+    m_squaredRadius[place] = squaredRadius;
+    if (entry.kind != Collisions::ShapeKind::Sphere) // mostly it is: spares the memory
+    {
+        entry.kind = Collisions::ShapeKind::Sphere;
+    }
+    return true;
+}
 
 } // namespace Kodo

@@ -38,7 +38,11 @@ std::optional<Collisions::Line> lineOf(const Collisions::Ray& ray) noexcept
 } // namespace
 
 CollisionShape::CollisionShape(int shapeTemplate, const Vector3& extent, const Vector3& offset) noexcept
-    : m_template(shapeTemplate), m_extent(extent), m_offset(offset)
+    : m_template(shapeTemplate), m_extent(extent), m_offset(offset),
+      m_sphereRadius(shapeTemplate == TEMPLATE_SPHERE && extent.x == extent.y && extent.x == extent.z &&
+                             offset == Vector3::ZERO
+                         ? 0.5 * std::fabs(double{extent.x})
+                         : -1.0)
 {
 }
 
@@ -59,7 +63,7 @@ SmartPointer<CollisionShape> CollisionScene::createShape(int shapeTemplate, cons
     return new CollisionShape(shapeTemplate, extent, offset);
 }
 
-bool CollisionScene::addUserObject(SceneObject& object, const SmartPointer<CollisionShape>& shape,
+bool CollisionScene::addUserObject(const SceneObject& object, const SmartPointer<CollisionShape>& shape,
                                    const Matrix& transform, int /*bodyFlags*/, int /*collisionGroup*/,
                                    int collisionMask)
 {

@@ -20,8 +20,8 @@ public:
 private:
     friend class CollisionScene;
 
-    std::uint64_t m_id;       ///< never 0, never used twice in a process
-    std::uint32_t m_slot = 0; ///< a hint: the scene checks whose slot it is
+    std::uint64_t m_id;               ///< never 0, never used twice in a process
+    mutable std::uint32_t m_slot = 0; ///< a hint: the scene checks whose slot it is
 };
 
 } // namespace Kodo

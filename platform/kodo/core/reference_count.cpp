@@ -78,7 +78,7 @@ WeakReferenceCount::weakLink(const SafeReferenceCount& counted) const
     return m_link;
 }
 
-bool WeakReferenceCount::tryIncRef(Link& link) noexcept
+bool WeakReferenceCount::tryHold(Link& link) noexcept
 {
     return link.tryIncRef();
 }

@@ -45,7 +45,7 @@ public:
     /// @p counted is the same object's count. Any thread that holds the object may ask.
     std::shared_ptr<Link> weakLink(const SafeReferenceCount& counted) const;
     /// Adds a reference to the object behind @p link; false when it is gone or going.
-    static bool tryIncRef(Link& link) noexcept;
+    static bool tryHold(Link& link) noexcept;
 
 protected:
     WeakReferenceCount() noexcept = default;

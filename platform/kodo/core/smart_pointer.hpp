@@ -85,7 +85,7 @@ public:
     /// The object, now held; null when it is gone or being destroyed.
     SmartPointer<T> lock() const noexcept
     {
-        if (!m_link || !WeakReferenceCount::tryIncRef(*m_link))
+        if (!m_link || !WeakReferenceCount::tryHold(*m_link))
         {
             return {};
         }

@@ -53,7 +53,8 @@ public:
     void postMultiply(const Matrix& next) noexcept;
     /// this = @p first * this: applies @p first before.
     void preMultiply(const Matrix& first) noexcept;
-    /// Inverts this in place. False, with nothing changed, when there is no inverse.
+    /// Inverts this in place, in double precision. False, with nothing changed, when there is no inverse
+    /// (but for the rounding of what the elements were made from) or floats can't hold it.
     bool invert() noexcept;
 
     /// Scale, then rotation, then translation.
@@ -61,7 +62,8 @@ public:
                                                 const Vector3& scale) noexcept;
     /// The parts of such a matrix; the fourth column does not count. A mirroring matrix gives a negative
     /// scale on the x axis. An axis of zero length has scale 0 and the direction that completes the rotation
-    /// (the identity's when all are zero). False, with the identity rotation, when an element is not finite.
+    /// (the identity's where that is free). Axes that are not at right angles are squared up, the first one
+    /// first. False, with the identity rotation and scale, when an element is not finite.
     static bool decomposeMatrix(const Matrix& matrix, Vector3& position, Quaternion& rotation,
                                 Vector3& scale) noexcept;
 

@@ -2,6 +2,10 @@
 
 #include "kodo/core/stack_tracker.hpp"
 #include "qua/symbol_visibility.hpp"
+#include "tern/meta_object.hpp"
+#include "tern/object.hpp"
+#include "tern/property_change_notifier.hpp"
+#include "tern/reflected_object.hpp"
 #include "vell/variant.hpp"
 
 #include <memory>
@@ -77,6 +81,55 @@ int emitOwnSignal()
     return value;
 }
 
+/// Reflected by this module alone.
+class Beacon : public tern::Object
+{
+public:
+    int flashes = 1;
+};
+
+} // namespace
+
+template <>
+class tern::StaticMetaObject<Beacon> : public tern::BaseStaticMetaObject<0>
+{
+public:
+    StaticMetaObject() : BaseStaticMetaObject(typeid(Beacon), "Beacon", Annotations(), Bases())
+    {
+        addProperty({"flashes",
+                     [](const Object& object) -> vell::Variant
+                     { return static_cast<const Beacon&>(object).flashes; },
+                     [](Object& object, const vell::Variant& value)
+                     { return value.tryCast(static_cast<Beacon&>(object).flashes); },
+                     Annotations()});
+        MetaObjectManager::instance().registerType(*this);
+    }
+};
+
+namespace
+{
+
+const tern::StaticMetaObject<Beacon>& beaconRegistered = tern::staticMetaObject<Beacon>();
+
+Kodo::AsyncManager::Job scheduleJob(int& count)
+{
+    return Kodo::AsyncManager::sync(false, [&count, captured = std::make_shared<Captured>()]
+                                    { return ++count == 2; });
+}
+
+qua::Connection connectChanged(int& count)
+{
+    return tern::PropertyChangeNotifier::connectChanged(
+        [&count, captured = std::make_shared<Captured>()](const auto&, const auto&) { ++count; });
+}
+
+int setOwnProperty(int value)
+{
+    const tern::ReflectedObject beacon(std::make_shared<Beacon>(), beaconRegistered);
+    int result = -1;
+    return beacon.setProperty("flashes", value) && beacon.property("flashes").tryCast(result) ? result : -1;
+}
+
 } // namespace
 
 extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
@@ -87,4 +140,7 @@ extern "C" QUA_SYMBOL_EXPORT void platformTestModule(PlatformTestModule& module)
     module.convertOwnType = &convertOwnType;
     module.profile = &profile;
     module.emitOwnSignal = &emitOwnSignal;
+    module.scheduleJob = &scheduleJob;
+    module.connectChanged = &connectChanged;
+    module.setOwnProperty = &setOwnProperty;
 }

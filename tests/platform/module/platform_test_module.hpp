@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kodo/core/async_manager.hpp"
 #include "kodo/core/debug_message_helper.hpp"
 #include "qua/signal.hpp"
 
@@ -17,6 +18,13 @@ struct PlatformTestModule
     void (*profile)();
     /// Emits a signal that the module made and connected itself.
     int (*emitOwnSignal)();
+    /// Schedules work that counts.
+    Kodo::AsyncManager::Job (*scheduleJob)(int& count);
+    /// Counts what is announced of objects that change.
+    qua::Connection (*connectChanged)(int& count);
+    /// Sets a property of an object of the module's own, which it registered when it was loaded, and gives
+    /// the value read back.
+    int (*setOwnProperty)(int value);
 };
 
 extern "C" using PlatformTestModuleEntry = void(PlatformTestModule & module);
