@@ -347,7 +347,8 @@ TEST_F(DebugPainterTest, SaysWhatIsWrongWithAShader)
                   .find("the vertex shader of \"sample\" does not compile: "),
               0U);
     EXPECT_EQ(messageOf(vertex, "nonsense").find("the fragment shader of \"sample\" does not compile: "), 0U);
-    EXPECT_EQ(messageOf(vertex, "in vec4 other; out vec4 pixel; void main() { pixel = other; }")
+    EXPECT_EQ(messageOf("out vec3 other; void main() { other = vec3(0.0); gl_Position = vec4(0.0); }",
+                        "in vec4 other; out vec4 pixel; void main() { pixel = other; }")
                   .find("the shaders \"sample\" do not link: "),
               0U);
 }

@@ -9,27 +9,27 @@ namespace Software
 
 Vec operator+(const Vec& a, const Vec& b)
 {
-    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
 
 Vec operator-(const Vec& a, const Vec& b)
 {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
 
 Vec operator*(const Vec& a, double factor)
 {
-    return {a[0] * factor, a[1] * factor, a[2] * factor};
+    return {a.x * factor, a.y * factor, a.z * factor};
 }
 
 double dot(const Vec& a, const Vec& b)
 {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+    return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
 Vec cross(const Vec& a, const Vec& b)
 {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
 Vec unit(const Vec& a)
@@ -140,8 +140,8 @@ std::optional<double> strip(const View& view, const std::vector<Vec>& points, do
 
 Rgb bytesOf(const Vec& color)
 {
-    return {static_cast<int>(std::lround(color[0] * 255)), static_cast<int>(std::lround(color[1] * 255)),
-            static_cast<int>(std::lround(color[2] * 255))};
+    return {static_cast<int>(std::lround(color.x * 255)), static_cast<int>(std::lround(color.y * 255)),
+            static_cast<int>(std::lround(color.z * 255))};
 }
 
 Rgb pixelOf(const RgbPicture& picture, std::size_t x, std::size_t fromBottom)

@@ -15,7 +15,14 @@
 namespace Software
 {
 
-using Vec = std::array<double, 3>;
+struct Vec
+{
+    double x = 0;
+    double y = 0;
+    double z = 0;
+
+    constexpr double operator[](std::size_t axis) const { return axis == 0 ? x : axis == 1 ? y : z; }
+};
 
 Vec operator+(const Vec& a, const Vec& b);
 Vec operator-(const Vec& a, const Vec& b);
