@@ -66,6 +66,14 @@ EGLDisplay openDisplay()
     return display;
 }
 
+/// The display is the process's, opened once and left to the process's end: other code in it may have been
+/// given the same one.
+EGLDisplay display()
+{
+    static const EGLDisplay opened = openDisplay();
+    return opened;
+}
+
 EGLConfig chooseConfig(EGLDisplay display)
 {
     constexpr std::array<EGLint, 5> WANTED{EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_SURFACE_TYPE, 0,
@@ -116,7 +124,7 @@ std::string textOf(GLenum name)
 class OffscreenContext::Handles
 {
 public:
-    Handles() : m_display(openDisplay())
+    Handles() : m_display(display())
     {
         try
         {
@@ -144,7 +152,6 @@ private:
         {
             eglDestroyContext(m_display, m_context);
         }
-        eglTerminate(m_display);
         eglReleaseThread();
     }
 
