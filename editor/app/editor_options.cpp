@@ -1,5 +1,7 @@
 #include "editor/app/editor_options.hpp"
 
+#include "editor/curve/color_text.hpp"
+
 #include <boost/program_options.hpp>
 
 #include <charconv>
@@ -108,15 +110,14 @@ po::variables_map readCommandLine(int argc, const char* const* argv)
     return values;
 }
 
-std::uint32_t parseColor(const std::string& text)
+std::uint32_t bannedColor(const std::string& text)
 {
-    std::uint32_t color = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), color, 16);
-    if (text.size() != 6 || error != std::errc() || end != text.data() + text.size())
+    const auto color = parseColor(text);
+    if (!color)
     {
         throw CommandLineError("\"" + text + "\" is no colour: six hexadecimal digits");
     }
-    return color;
+    return color->argb() & 0xFFFFFFU;
 }
 
 std::filesystem::path pathOf(const std::string& name)
@@ -181,7 +182,7 @@ EditorOptions toOptions(const po::variables_map& values)
         static_cast<std::uint32_t>(numberOf(values, "seed", std::numeric_limits<std::uint32_t>::max()));
     for (const std::string& color : namesOf(values, "ban"))
     {
-        options.banned.push_back(parseColor(color));
+        options.banned.push_back(bannedColor(color));
     }
     readPictureOptions(options, values);
     options.level = optionalPath(values, "level");

@@ -4,6 +4,7 @@
 #include "editor/files/atomic_file.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
+#include "editor/level/track_curve.hpp"
 #include "editor/picture/level_picture.hpp"
 #include "editor/render/gl_error.hpp"
 #include "kodo/core/kodo_random.hpp"
@@ -94,7 +95,7 @@ bool HeadlessSession::openLevel()
     KODO_PROFILE_SCOPE("HeadlessSession::openLevel");
     try
     {
-        m_level.replace(readLevelFile(*m_options.level));
+        m_level.replace(readDocument(*m_options.level));
     }
     catch (const FileError& error)
     {
@@ -225,7 +226,7 @@ void HeadlessSession::findMatchingItems()
     {
         complain("--find: " + describe(mark));
     }
-    const LevelData& level = m_commands.level().data();
+    const LevelData level = m_commands.level().data();
     const std::vector<std::size_t> found = findItems(level, query);
     for (const std::size_t index : found)
     {
@@ -267,7 +268,7 @@ void HeadlessSession::saveLevel()
     }
     KODO_PROFILE_SCOPE("HeadlessSession::saveLevel");
     m_foreignReports.drain();
-    const LevelData& level = m_commands.level().data();
+    const LevelData level = m_commands.level().data();
     std::error_code ignored;
     if (m_complaints != 0 && fs::equivalent(*m_options.save, *m_options.level, ignored))
     {

@@ -1,8 +1,7 @@
 #include "editor/app/open_session.hpp"
 
 #include "editor/files/file_error.hpp"
-#include "editor/level/gpx_track.hpp"
-#include "editor/level/level_file.hpp"
+#include "editor/level/track_curve.hpp"
 #include "editor/requests/asset_types.hpp"
 #include "editor/requests/editor_manager.hpp"
 #include "editor/requests/open_request.hpp"
@@ -27,13 +26,9 @@ bool accepts(const std::string& resource, std::ostream& errors)
     const std::string type = vell::AssetRegistry::instance().typeOf(resource);
     try
     {
-        if (type == "Level")
+        if (type == "Level" || type == "Track")
         {
-            readLevelFile(file);
-        }
-        else if (type == "Track")
-        {
-            readGpxTrack(file);
+            readDocument(file);
         }
         return true;
     }

@@ -1,15 +1,15 @@
 #include "editor/commands/level_commands.hpp"
 
+#include "editor/commands/curve_commands.hpp"
 #include "editor/commands/finished.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/gpx_track.hpp"
 #include "editor/level/level_file.hpp"
+#include "editor/level/track_curve.hpp"
 #include "kodo/core/debug_message_helper.hpp"
 #include "kodo/core/stack_tracker.hpp"
 
-#include <charconv>
 #include <filesystem>
-#include <string_view>
 
 namespace
 {
@@ -19,45 +19,14 @@ std::filesystem::path pathOf(const std::string& name)
     return std::filesystem::path(std::u8string(name.begin(), name.end()));
 }
 
-/// Reads "x y z", coordinates with blanks between them. Throws LevelError.
-Position parsePosition(const std::string& text)
-{
-    Position position{};
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    const auto skipBlanks = [&at, end]
-    {
-        while (at != end && (*at == ' ' || *at == '\t'))
-        {
-            ++at;
-        }
-    };
-    for (double& coordinate : position)
-    {
-        skipBlanks();
-        const auto [next, error] = std::from_chars(at, end, coordinate);
-        if (error != std::errc() || (next != end && *next != ' ' && *next != '\t'))
-        {
-            throw LevelError("\"" + text + "\" is no position: three numbers with blanks between them");
-        }
-        at = next;
-    }
-    skipBlanks();
-    if (at != end)
-    {
-        throw LevelError("\"" + text + "\" is no position: more than three numbers");
-    }
-    return position;
-}
-
 } // namespace
 
 LevelCommands::LevelCommands(CommandObject& root, Level& level) : m_root(root), m_level(level)
 {
     addLevelCommands();
-    for (const Curve& curve : level.curves())
+    for (const auto& document : level.documents())
     {
-        addCurveObject(curve.name);
+        addCurveObject(document->curve().name);
     }
     m_curveAdded = level.connectCurveAdded([this](const std::string& name) { addCurveObject(name); });
     m_curveRemoved = level.connectCurveRemoved([this](const std::string& name) { removeCurveObject(name); });
@@ -86,7 +55,7 @@ void LevelCommands::addLevelCommands()
                                      [&]
                                      {
                                          KODO_PROFILE_SCOPE("level.open");
-                                         level().replace(readLevelFile(pathOf(file)));
+                                         level().replace(readDocument(pathOf(file)));
                                      });
                              });
     m_levelObject.addCommand("save",
@@ -103,13 +72,46 @@ void LevelCommands::addLevelCommands()
                              { return finished([&] { level().addCurve(name); }); });
     m_levelObject.addCommand("removeCurve", [this](const std::string& name)
                              { return finished([&] { level().removeCurve(name); }); });
+    m_levelObject.addCommand("importTrack",
+                             [this](const std::string& file)
+                             {
+                                 return finished(
+                                     [&]
+                                     {
+                                         KODO_PROFILE_SCOPE("level.importTrack");
+                                         level().addCurve(readTrackCurve(pathOf(file)));
+                                     });
+                             });
+    m_levelObject.addCommand("undo",
+                             [this]
+                             {
+                                 return finished(
+                                     [&]
+                                     {
+                                         if (!level().history().undo())
+                                         {
+                                             throw LevelError("there is nothing to undo");
+                                         }
+                                     });
+                             });
+    m_levelObject.addCommand("redo",
+                             [this]
+                             {
+                                 return finished(
+                                     [&]
+                                     {
+                                         if (!level().history().redo())
+                                         {
+                                             throw LevelError("there is nothing to redo");
+                                         }
+                                     });
+                             });
 }
 
 void LevelCommands::addCurveObject(const std::string& name)
 {
     auto object = std::make_unique<CommandObject>();
-    object->addCommand("addPoint", [this, name](const std::string& text)
-                       { return finished([&] { level().addPoints(name, {parsePosition(text)}); }); });
+    addCurveCommands(*object, name, [this]() -> Level& { return level(); });
     object->addCommand("import", [this, name](const std::string& file) { return importTrack(name, file); });
     m_curvesObject.addChild(name, object.get());
     m_curveObjects[name] = std::move(object);

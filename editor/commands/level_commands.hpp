@@ -13,12 +13,15 @@
 /// The commands by which scripts edit a level, below a command tree's root:
 ///
 ///     level.open("file")  level.save("file")
-///     level.addCurve("name")  level.removeCurve("name")
-///     curves.<name>.addPoint("x y z")  curves.<name>.import("track.gpx")
+///     level.addCurve("name")  level.removeCurve("name")  level.importTrack("track.gpx")
+///     level.undo()  level.redo()
+///     curves.<name>.import("track.gpx") and the commands of addCurveCommands()
 ///
-/// Each curve of the level has its object below `curves` for as long as it exists. File names are relative to
-/// the working directory. A command that fails stores the reason in its future. Main thread only; import()
-/// reads its file on a worker thread and fulfils its future from there.
+/// Each curve of the level has its object below `curves` for as long as it exists. `import` adds a track's
+/// points to a curve, as metres from the track's first point; `importTrack` makes a curve of it (see
+/// readTrackCurve()). `open` takes a track as well. File names are relative to the working directory. A
+/// command that fails stores the reason in its future. Main thread only; import() reads its file on a worker
+/// thread and fulfils its future from there.
 class LevelCommands
 {
 public:

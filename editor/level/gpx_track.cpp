@@ -4,6 +4,7 @@
 
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <numbers>
@@ -105,31 +106,54 @@ private:
     const fs::path& m_file;
 };
 
+/// Degrees to the east of @p origin, the short way round: a track may cross the date line.
+double eastOf(const GeoPoint& origin, const GeoPoint& point)
+{
+    const double eastward = point.longitude - origin.longitude;
+    return eastward - 360 * std::round(eastward / 360);
+}
+
+GeoPoint originOf(const std::vector<GeoPoint>& track, TrackOrigin origin)
+{
+    const GeoPoint& first = track.front();
+    if (origin == TrackOrigin::FirstPoint)
+    {
+        return first;
+    }
+    const auto [south, north] =
+        std::minmax_element(track.begin(), track.end(),
+                            [](const GeoPoint& a, const GeoPoint& b) { return a.latitude < b.latitude; });
+    const auto [west, east] = std::minmax_element(track.begin(), track.end(),
+                                                  [&first](const GeoPoint& a, const GeoPoint& b)
+                                                  { return eastOf(first, a) < eastOf(first, b); });
+    return {(south->latitude + north->latitude) / 2,
+            first.longitude + (eastOf(first, *west) + eastOf(first, *east)) / 2, 0};
+}
+
 Position project(const GeoPoint& point, const GeoPoint& origin)
 {
     constexpr double EARTH_RADIUS = 6371008.8;
     constexpr double RADIANS = std::numbers::pi / 180;
-    double eastward = point.longitude - origin.longitude;
-    eastward -= 360 * std::round(eastward / 360); // a track may cross the date line
-    return {EARTH_RADIUS * eastward * RADIANS * std::cos(origin.latitude * RADIANS),
+    return {EARTH_RADIUS * eastOf(origin, point) * RADIANS * std::cos(origin.latitude * RADIANS),
             point.elevation - origin.elevation, EARTH_RADIUS * (point.latitude - origin.latitude) * RADIANS};
 }
 
 } // namespace
 
-std::vector<Position> readGpxTrack(const fs::path& file)
+std::vector<Position> readGpxTrack(const fs::path& file, TrackOrigin origin)
 {
-    return parseGpxTrack(readWholeFile(file), file);
+    return parseGpxTrack(readWholeFile(file), file, origin);
 }
 
-std::vector<Position> parseGpxTrack(std::string_view text, const fs::path& file)
+std::vector<Position> parseGpxTrack(std::string_view text, const fs::path& file, TrackOrigin origin)
 {
     const std::vector<GeoPoint> track = GpxReader(text, file).read();
+    const GeoPoint middle = originOf(track, origin);
     std::vector<Position> positions;
     positions.reserve(track.size());
     for (const GeoPoint& point : track)
     {
-        positions.push_back(project(point, track.front()));
+        positions.push_back(project(point, middle));
     }
     return positions;
 }

@@ -1,25 +1,17 @@
 #pragma once
 
+#include "editor/curve/curve_data.hpp"
+#include "editor/curve/curve_document.hpp"
+#include "editor/history/edit_history.hpp"
 #include "qua/signal.hpp"
 
-#include <array>
+#include <functional>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-/// World coordinates in metres: x to the east, y up, z to the north.
-using Position = std::array<double, 3>;
-
-struct Curve
-{
-    std::string name;
-    bool closed = false;
-    std::vector<Position> points;
-
-    bool operator==(const Curve&) const = default;
-};
 
 struct Item
 {
@@ -46,25 +38,44 @@ class LevelError : public std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+/// Throws LevelError where the scene cannot hold a position.
+void expectShowable(const std::vector<Position>& points);
+
 /// Whether a curve may have this name: letters, digits and "_", no digit first, so that scripts can say it.
 bool isCurveName(std::string_view name) noexcept;
 
-/// The level under edit: named curves and items. Main thread only. Signals are emitted after the change.
+/// The level under edit: named curves and items. All edits, those of the curves' documents as well, are steps
+/// of one history. Main thread only. Signals are emitted after the change.
 class Level
 {
 public:
-    const std::vector<Curve>& curves() const noexcept { return m_data.curves; }
-    const std::vector<Item>& items() const noexcept { return m_data.items; }
-    const LevelData& data() const noexcept { return m_data; }
-    /// The curve, or null.
-    const Curve* findCurve(std::string_view name) const noexcept;
+    Level();
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    /// Documents that others share live on, with an empty history.
+    ~Level();
 
-    /// Replaces everything. Each curve is announced as removed, then each new one as added.
+    /// Copies of what is there now.
+    std::vector<Curve> curves() const;
+    LevelData data() const;
+    const std::vector<Item>& items() const noexcept { return m_items; }
+    /// In the order in which they are drawn and saved.
+    const std::vector<std::shared_ptr<CurveDocument>>& documents() const noexcept { return m_curves; }
+    /// The curve, until the next edit of it, or null.
+    const Curve* findCurve(std::string_view name) const noexcept;
+    /// The curve's document; null where there is no such curve. Removing the curve and undoing that gives the
+    /// same document back.
+    std::shared_ptr<CurveDocument> findDocument(std::string_view name) const noexcept;
+    EditHistory& history() const noexcept { return *m_history; }
+
+    /// Replaces everything and forgets the history. Each curve is announced as removed, then each new one as
+    /// added.
     void replace(LevelData data);
 
     /// These throw LevelError: for a name that is no curve name or is taken, for a curve that is not there,
-    /// for a coordinate that is not finite.
+    /// for a coordinate that is not finite or too large for the scene.
     void addCurve(const std::string& name);
+    void addCurve(const Curve& curve);
     void removeCurve(const std::string& name);
     void addPoints(const std::string& curve, const std::vector<Position>& points);
 
@@ -72,7 +83,11 @@ public:
     [[nodiscard]] qua::Connection connectCurveRemoved(std::function<void(const std::string& name)> slot);
 
 private:
-    LevelData m_data;
+    class CurveEdit;
+
+    std::vector<std::shared_ptr<CurveDocument>> m_curves;
+    std::vector<Item> m_items;
+    std::shared_ptr<EditHistory> m_history;
     qua::Signal<void(const std::string&)> m_curveAdded;
     qua::Signal<void(const std::string&)> m_curveRemoved;
 };

@@ -1,14 +1,17 @@
 #include "editor/level/level_file.hpp"
 
+#include "editor/curve/color_text.hpp"
 #include "editor/files/atomic_file.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/json_locator.hpp"
+#include "editor/level/track_curve.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <initializer_list>
+#include <optional>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -115,7 +118,7 @@ private:
 
     Curve readCurve(const Pointer& at) const
     {
-        expectOnly(at, {"name", "closed", "points"});
+        expectOnly(at, {"name", "closed", "kind", "color", "points"});
         Curve curve;
         curve.name = readText(at, "name");
         expect(isCurveName(curve.name), at / "name",
@@ -125,8 +128,42 @@ private:
             expect(m_document.at(at / "closed").is_boolean(), at / "closed", "\"closed\" is true or false");
             curve.closed = m_document.at(at / "closed").get<bool>();
         }
-        forEach(at / "points", [&](const Pointer& point) { curve.points.push_back(readPosition(point)); });
+        if (m_document.contains(at / "kind"))
+        {
+            const std::optional<CurveKind> kind = curveKindOf(readText(at, "kind"));
+            expect(kind.has_value(), at / "kind",
+                   "a curve's kind is \"linear\", \"catmullRom\" or \"bezier\"");
+            curve.kind = *kind;
+        }
+        if (m_document.contains(at / "color"))
+        {
+            curve.color = parseColor(readText(at, "color"));
+            expect(curve.color.has_value(), at / "color", "a colour is six hexadecimal digits");
+        }
+        forEach(at / "points", [&](const Pointer& point) { readPoint(point, curve); });
         return curve;
+    }
+
+    void readPoint(const Pointer& at, Curve& curve) const
+    {
+        CurveHandles handles;
+        if (m_document.at(at).is_object())
+        {
+            expect(curve.kind == CurveKind::Bezier, at, "only a Bezier curve's points have handles");
+            expectOnly(at, {"position", "in", "out"});
+            static_cast<void>(member(at, "position"));
+            curve.points.push_back(readPosition(at / "position"));
+            handles.in = m_document.contains(at / "in") ? readPosition(at / "in") : Position{};
+            handles.out = m_document.contains(at / "out") ? readPosition(at / "out") : Position{};
+        }
+        else
+        {
+            curve.points.push_back(readPosition(at));
+        }
+        if (curve.kind == CurveKind::Bezier)
+        {
+            curve.handles.push_back(handles);
+        }
     }
 
     Item readItem(const Pointer& at) const
@@ -163,6 +200,32 @@ private:
 
     const ordered_json& m_document;
 };
+
+/// The members of a curve but its points.
+std::string formatShape(const Curve& curve)
+{
+    std::string text =
+        "\"name\": " + ordered_json(curve.name).dump() + ", \"closed\": " + (curve.closed ? "true" : "false");
+    if (curve.kind != CurveKind::Linear)
+    {
+        text += ", \"kind\": \"" + std::string(curveKindName(curve.kind)) + "\"";
+    }
+    if (curve.color)
+    {
+        text += ", \"color\": \"" + formatColor(*curve.color) + "\"";
+    }
+    return text;
+}
+
+ordered_json toJson(const Curve& curve, std::size_t point)
+{
+    if (curve.kind != CurveKind::Bezier)
+    {
+        return curve.points[point];
+    }
+    const CurveHandles handles = point < curve.handles.size() ? curve.handles[point] : CurveHandles{};
+    return {{"position", curve.points[point]}, {"in", handles.in}, {"out", handles.out}};
+}
 
 ordered_json toJson(const Item& item)
 {
@@ -234,10 +297,10 @@ std::string formatLevel(const LevelData& level)
     formatLines(text, level.curves, "    ",
                 [&text](const Curve& curve)
                 {
-                    text += "{\"name\": " + ordered_json(curve.name).dump() +
-                            ", \"closed\": " + (curve.closed ? "true" : "false") + ", \"points\": ";
+                    text += "{" + formatShape(curve) + ", \"points\": ";
+                    std::size_t point = 0;
                     formatLines(text, curve.points, "        ",
-                                [&text](const Position& point) { text += ordered_json(point).dump(); });
+                                [&](const Position&) { text += toJson(curve, point++).dump(); });
                     text += "}";
                 });
     text += ",\n    \"items\": ";
@@ -248,6 +311,10 @@ std::string formatLevel(const LevelData& level)
 
 void writeLevelFile(const fs::path& file, const LevelData& level)
 {
+    if (isTrackFile(file))
+    {
+        throw FileError(file, "cannot be saved: this is the name of a track, not of a level");
+    }
     std::string text;
     try
     {
