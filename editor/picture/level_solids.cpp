@@ -134,8 +134,12 @@ SceneBounds boundsOf(const SolidScene& solids, const SceneBounds& curves)
     SceneBounds bounds = curves;
     for (const SolidBox& box : solids.boxes)
     {
-        bounds.include(box.centre - box.halfSize);
-        bounds.include(box.centre + box.halfSize);
+        for (unsigned corner = 0; corner < 8; ++corner)
+        {
+            bounds.include(box.centre + Vector3((corner & 1U) == 0 ? -box.halfSize.x : box.halfSize.x,
+                                                (corner & 2U) == 0 ? -box.halfSize.y : box.halfSize.y,
+                                                (corner & 4U) == 0 ? -box.halfSize.z : box.halfSize.z));
+        }
     }
     return bounds;
 }

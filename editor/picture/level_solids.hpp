@@ -12,7 +12,7 @@
 /// metres; 3 each way without it), from the ground up to that height above the position. One that is not
 /// three positive numbers is reported and does not count. Items of one type have one colour.
 ///
-/// @p curves holds what else is to be seen. The ground lies just below everything, so that it hides nothing.
+/// @p curves holds what else is to be seen. The ground lies just below everything.
 SolidScene solidsOf(const std::vector<Item>& items, const SceneBounds& curves);
 
 /// What is to be seen of all that.

@@ -1,6 +1,8 @@
 #include "editor/picture/picture_camera.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 using Kodo::Vector3;
@@ -11,52 +13,86 @@ namespace
 
 constexpr float DEFAULT_FIELD_OF_VIEW = 45.0F;
 constexpr float MARGIN = 1.12F;
-constexpr Vector3 DEFAULT_DIRECTION{0.42F, -0.52F, 0.74F};
+constexpr Vector3 DEFAULT_DIRECTION{0.4F, -0.36F, 0.84F};
 constexpr Vector3 UP{0.0F, 1.0F, 0.0F};
-
-SceneBounds orDefault(const SceneBounds& bounds)
-{
-    SceneBounds result = bounds;
-    if (bounds.isEmpty())
-    {
-        result.include({-20.0F, 0.0F, -20.0F});
-        result.include({20.0F, 4.0F, 20.0F});
-    }
-    return result;
-}
 
 float radians(float degrees)
 {
     return degrees * std::numbers::pi_v<float> / 180.0F;
 }
 
-/// How far from the centre, against the view's direction, a perspective camera must stand to see all corners.
-float framingDistance(const Camera& camera, const SceneBounds& bounds, float tangent, float aspect)
+/// Where a camera must stand to just see all points: along one axis of the picture and how far back, both
+/// from the centre.
+struct Standpoint
 {
-    const Kodo::Matrix& world = camera.worldMatrix();
-    float distance = 0.0F;
-    for (const Vector3& corner : bounds.corners())
+    float aside = 0.0F;
+    float back = 0.0F;
+};
+
+/// @p axis is one of the picture's, @p tangent half of what is seen along it at a distance of 1; 0 without
+/// perspective.
+Standpoint standpointAlong(const Vector3& axis, const Vector3& forward, const SceneBounds& bounds,
+                           float tangent)
+{
+    // Each point keeps the camera on one side of two planes: the edges of the view through the point.
+    float least = std::numeric_limits<float>::infinity();
+    float most = -least;
+    for (const Vector3& point : bounds.points())
     {
-        const Vector3 offset = corner - bounds.centre();
-        const float across = std::fabs(offset.dotProduct(world.row(0))) / (tangent * aspect);
-        const float upwards = std::fabs(offset.dotProduct(world.row(1))) / tangent;
-        distance = std::max(distance, std::max(across, upwards) - offset.dotProduct(world.row(2)));
+        const Vector3 offset = point - bounds.centre();
+        const float slope = offset.dotProduct(forward) * tangent;
+        least = std::min(least, offset.dotProduct(axis) + slope);
+        most = std::max(most, offset.dotProduct(axis) - slope);
     }
-    return distance;
+    return {(least + most) / 2.0F, tangent > 0.0F ? (most - least) / (2.0F * tangent) : 0.0F};
 }
 
-/// How high an orthographic view must be to show all corners.
+/// Places the camera as it looks, for a perspective view with such a tangent of half its height.
+void frameInPerspective(Camera& camera, const SceneBounds& bounds, float tangent, float aspect)
+{
+    const Vector3 right = camera.worldMatrix().row(0);
+    const Vector3 up = camera.worldMatrix().row(1);
+    const Vector3 forward = camera.worldMatrix().row(2);
+    const Standpoint across = standpointAlong(right, forward, bounds, tangent * aspect / MARGIN);
+    const Standpoint upwards = standpointAlong(up, forward, bounds, tangent / MARGIN);
+    const float back = std::max({across.back, upwards.back, bounds.radius() * 0.1F});
+    const Vector3 eye = bounds.centre() + right * across.aside + up * upwards.aside - forward * back;
+    camera.lookAt(eye, eye + forward, UP);
+}
+
+/// How high an orthographic view must be to show all points.
 float framingHeight(const Camera& camera, const SceneBounds& bounds, float aspect)
 {
-    const Kodo::Matrix& world = camera.worldMatrix();
-    float height = 0.0F;
-    for (const Vector3& corner : bounds.corners())
+    float height = 1.0F;
+    for (const Vector3& point : bounds.points())
     {
-        const Vector3 offset = corner - bounds.centre();
-        height = std::max({height, 2.0F * std::fabs(offset.dotProduct(world.row(0))) / aspect,
-                           2.0F * std::fabs(offset.dotProduct(world.row(1)))});
+        const Vector3 offset = point - camera.worldMatrix().translation();
+        height = std::max({height, 2.0F * std::fabs(offset.dotProduct(camera.worldMatrix().row(0))) / aspect,
+                           2.0F * std::fabs(offset.dotProduct(camera.worldMatrix().row(1)))});
     }
-    return height;
+    return height * MARGIN;
+}
+
+/// Places the camera as it looks, with the points around the middle of an orthographic view.
+void centreInParallel(Camera& camera, const SceneBounds& bounds)
+{
+    const Vector3 right = camera.worldMatrix().row(0);
+    const Vector3 up = camera.worldMatrix().row(1);
+    const Vector3 forward = camera.worldMatrix().row(2);
+    const Vector3 eye = bounds.centre() + right * standpointAlong(right, forward, bounds, 0.0F).aside +
+                        up * standpointAlong(up, forward, bounds, 0.0F).aside;
+    camera.lookAt(eye, eye + forward, UP);
+}
+
+/// Moves the camera so far back from the middle of the points that control points, which grow with their
+/// distance, look as large as in perspective.
+void stepBackInParallel(Camera& camera, const SceneBounds& bounds, float height)
+{
+    const Vector3 eye = camera.worldMatrix().translation();
+    const Vector3 forward = camera.worldMatrix().row(2);
+    const float back =
+        std::max(height / (2.0F * std::tan(radians(DEFAULT_FIELD_OF_VIEW) / 2.0F)), bounds.radius() * 1.1F);
+    camera.lookAt(eye - forward * back, eye, UP);
 }
 
 float distanceTo(const SceneBounds& bounds, const Vector3& place)
@@ -74,9 +110,12 @@ float distanceTo(const SceneBounds& bounds, const Vector3& place)
 
 Camera placeCamera(const CameraOption& option, const SceneBounds& levelBounds, float aspect)
 {
-    const SceneBounds bounds = orDefault(levelBounds);
-    const float fieldOfView = radians(option.fieldOfView.value_or(DEFAULT_FIELD_OF_VIEW));
-    const float radius = std::max(bounds.radius(), 1.0F);
+    SceneBounds bounds = levelBounds;
+    if (bounds.isEmpty())
+    {
+        bounds.include({-20.0F, 0.0F, -20.0F});
+        bounds.include({20.0F, 4.0F, 20.0F});
+    }
     Camera camera;
     if (option.place)
     {
@@ -85,26 +124,23 @@ Camera placeCamera(const CameraOption& option, const SceneBounds& levelBounds, f
     else
     {
         camera.lookAt(bounds.centre() - DEFAULT_DIRECTION, bounds.centre(), UP);
-        const float distance =
-            option.isOrthographic
-                ? 4.0F * radius
-                : std::max(framingDistance(camera, bounds, std::tan(fieldOfView / 2.0F), aspect) * MARGIN,
-                           radius * 0.1F);
-        camera.lookAt(bounds.centre() - camera.worldMatrix().row(2) * distance, bounds.centre(), UP);
     }
-    // Near planes far out keep depths apart. Only the ground may be nearer than the level.
+    const float fieldOfView = radians(option.fieldOfView.value_or(DEFAULT_FIELD_OF_VIEW));
+    if (!option.place)
+    {
+        option.isOrthographic ? centreInParallel(camera, bounds)
+                              : frameInPerspective(camera, bounds, std::tan(fieldOfView / 2.0F), aspect);
+    }
+    const float height = option.height.value_or(framingHeight(camera, bounds, aspect));
+    if (!option.place && option.isOrthographic)
+    {
+        stepBackInParallel(camera, bounds, height);
+    }
+    // A near plane far out keeps depths apart. Only the ground may be nearer than the level.
     const float gap = distanceTo(bounds, camera.worldMatrix().translation());
     const float nearPlane = std::max(0.05F, 0.05F * gap);
-    const float farPlane = gap + 100.0F * radius;
-    if (option.isOrthographic)
-    {
-        const float height =
-            option.height.value_or(std::max(framingHeight(camera, bounds, aspect) * MARGIN, 1.0F));
-        camera.setOrthographic(height, nearPlane, farPlane);
-    }
-    else
-    {
-        camera.setPerspective(fieldOfView, nearPlane, farPlane);
-    }
+    const float farPlane = gap + 100.0F * std::max(bounds.radius(), 10.0F);
+    option.isOrthographic ? camera.setOrthographic(height, nearPlane, farPlane)
+                          : camera.setPerspective(fieldOfView, nearPlane, farPlane);
     return camera;
 }

@@ -20,8 +20,8 @@ struct Ground
     Kodo::Vector3 centre;
     float reach = 1000.0F; ///< from the centre to its edge
     float cell = 1.0F;     ///< of the grid; every tenth line is stronger
-    Kodo::Render::ColourRGBAFloat color{0.45F, 0.47F, 0.46F, 1.0F};
-    Kodo::Render::ColourRGBAFloat gridColor{0.58F, 0.6F, 0.59F, 1.0F};
+    Kodo::Render::ColourRGBAFloat color{0.5F, 0.53F, 0.49F, 1.0F};
+    Kodo::Render::ColourRGBAFloat gridColor{0.63F, 0.66F, 0.62F, 1.0F};
 };
 
 /// What stands in a picture and hides other things, and the sky behind.

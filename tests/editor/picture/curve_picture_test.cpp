@@ -290,8 +290,8 @@ TEST_P(CurvePictureTest, ShowsEachPixelOfCurveAndPointsInTheColourOfItsDepth)
 
 TEST_P(CurvePictureTest, TheRuleTellsAWallThatIsThereFromOneThatIsNot)
 {
-    const Verdict verdict = compare(paintWave(GetParam(), true), paintSolids(GetParam(), true),
-                                    Rule(GetParam(), false));
+    const Verdict verdict =
+        compare(paintWave(GetParam(), true), paintSolids(GetParam(), true), Rule(GetParam(), false));
     EXPECT_GE(verdict.wrong, verdict.painted / 10);
 }
 
