@@ -55,7 +55,13 @@ void frameInPerspective(Camera& camera, const SceneBounds& bounds, float tangent
     const Vector3 forward = camera.worldMatrix().row(2);
     const Standpoint across = standpointAlong(right, forward, bounds, tangent * aspect / MARGIN);
     const Standpoint upwards = standpointAlong(up, forward, bounds, tangent / MARGIN);
-    const float back = std::max({across.back, upwards.back, bounds.radius() * 0.1F});
+    float nearest = 0.0F; // of the points, behind the plane through the centre
+    for (const Vector3& point : bounds.points())
+    {
+        nearest = std::max(nearest, (bounds.centre() - point).dotProduct(forward));
+    }
+    const float space = std::max(5.0F, bounds.radius() * 0.05F); // before the nearest point
+    const float back = std::max({across.back, upwards.back, nearest + space});
     const Vector3 eye = bounds.centre() + right * across.aside + up * upwards.aside - forward * back;
     camera.lookAt(eye, eye + forward, UP);
 }
