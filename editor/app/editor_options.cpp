@@ -66,10 +66,26 @@ po::options_description describePaletteOptions()
     options.add_options()                                                                            //
         ("colors", po::value<Number>()->value_name("N"), "Generate so many well-separated colours.") //
         ("seed", po::value<Number>()->value_name("N")->default_value(0),
-         "Seed of the random draws.") //
+         "Seed of the random draws: of these colours, and of those of a level's curves in its picture.") //
         ("ban", po::value<Names>()->value_name("RRGGBB...")->multitoken()->composing(),
-         "Keep away from the hues of these colours.") //
-        ("picture", po::value<std::string>()->value_name("FILE"), "Draw the colours as a PNG picture.");
+         "Keep away from the hues of these colours.");
+    return options;
+}
+
+po::options_description describePictureOptions()
+{
+    po::options_description options("Drawing a picture");
+    options.add_options() //
+        ("picture", po::value<std::string>()->value_name("FILE"),
+         "Draw the level as it is in the end, or the colours, as a PNG picture. The file is replaced as a "
+         "whole or not at all.") //
+        ("size", po::value<std::string>()->value_name("WxH")->default_value("1280x720"),
+         "Size in pixels of the level's picture.") //
+        ("camera", po::value<Names>()->value_name("KEY=VALUE...")->multitoken(),
+         "From where the level is seen: eye=x,y,z at=x,y,z in metres, y up, and fov=DEGREES from top to "
+         "bottom "
+         "or, without perspective, ortho=METRES. What is left out is chosen so that all of the level is "
+         "seen; so does ortho=fit.");
     return options;
 }
 
@@ -79,7 +95,10 @@ po::options_description describeOptions()
     options.add_options()                                 //
         ("help,h", po::bool_switch(), "Print this help.") //
         ("headless", po::bool_switch(), "Work without a window.");
-    options.add(describeLevelOptions()).add(describeRequestOptions()).add(describePaletteOptions());
+    options.add(describeLevelOptions())
+        .add(describeRequestOptions())
+        .add(describePaletteOptions())
+        .add(describePictureOptions());
     return options;
 }
 
@@ -136,6 +155,25 @@ Number numberOf(const po::variables_map& values, const char* name, Number most)
     return number;
 }
 
+void readPictureOptions(EditorOptions& options, const po::variables_map& values)
+{
+    options.picture = optionalPath(values, "picture");
+    try
+    {
+        options.size = parsePictureSize(values["size"].as<std::string>());
+        options.camera = parseCamera(namesOf(values, "camera"));
+    }
+    catch (const std::invalid_argument& error)
+    {
+        throw CommandLineError(error.what());
+    }
+    const bool isOfLevel = options.picture && values.count("level") != 0;
+    if (!isOfLevel && (!values["size"].defaulted() || values.count("camera") != 0))
+    {
+        throw CommandLineError("--size and --camera need --level and --picture");
+    }
+}
+
 EditorOptions toOptions(const po::variables_map& values)
 {
     EditorOptions options;
@@ -155,7 +193,7 @@ EditorOptions toOptions(const po::variables_map& values)
     {
         options.banned.push_back(bannedColor(color));
     }
-    options.picture = optionalPath(values, "picture");
+    readPictureOptions(options, values);
     options.level = optionalPath(values, "level");
     for (const std::string& script : namesOf(values, "script"))
     {
@@ -188,6 +226,10 @@ void expectOneJob(const EditorOptions& options)
     if (jobs > 1)
     {
         throw CommandLineError("give one of resources, --colors and --level");
+    }
+    if (options.picture && !options.level && !options.colors)
+    {
+        throw CommandLineError("--picture needs --level or --colors");
     }
     if (!options.level && (!options.scripts.empty() || options.find || options.save || options.trace ||
                            options.names || options.language || options.project))
@@ -228,7 +270,8 @@ std::string helpText()
 {
     std::ostringstream text;
     text << "tern_editor --headless --level FILE [--script FILE...] [--find QUERY] [--save FILE]\n"
-            "            [--names] [--language NAME] [--project DIR] [--max-ticks N] [--trace FILE]\n\n"
+            "            [--names] [--language NAME] [--project DIR] [--max-ticks N] [--trace FILE]\n"
+            "            [--picture FILE [--size WxH] [--camera KEY=VALUE...]]\n\n"
             "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
             "before it\n"
             "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "editor/picture/picture_options.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -21,7 +23,10 @@ struct EditorOptions
     std::optional<std::size_t> colors;
     std::uint32_t seed = 0;
     std::vector<std::uint32_t> banned; ///< 0xRRGGBB
-    std::optional<std::filesystem::path> picture;
+
+    std::optional<std::filesystem::path> picture; ///< of the colours or the level
+    PictureSize size{1280, 720};
+    CameraOption camera;
 
     std::optional<std::filesystem::path> level;
     std::vector<std::filesystem::path> scripts;

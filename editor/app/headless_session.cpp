@@ -1,9 +1,13 @@
 #include "editor/app/headless_session.hpp"
 
 #include "editor/app/find_items.hpp"
+#include "editor/files/atomic_file.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
 #include "editor/level/track_curve.hpp"
+#include "editor/picture/level_picture.hpp"
+#include "editor/render/gl_error.hpp"
+#include "kodo/core/kodo_random.hpp"
 #include "kodo/core/main_thread_tracker.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "kodo/core/string_conversion.hpp"
@@ -78,6 +82,7 @@ int HeadlessSession::run()
         tickUntilDone();
         findMatchingItems();
         listNames();
+        drawPicture();
         saveLevel();
         summarize();
     }
@@ -251,6 +256,31 @@ void HeadlessSession::listNames()
         m_names.list(m_commands.level().data());
     }
     catch (const NamesError& error)
+    {
+        complain(error.what());
+    }
+}
+
+void HeadlessSession::drawPicture()
+{
+    if (!m_options.picture)
+    {
+        return;
+    }
+    KODO_PROFILE_SCOPE("HeadlessSession::drawPicture");
+    const std::string name = displayName(*m_options.picture);
+    try
+    {
+        Kodo::KodoRandom::instance().seed(m_options.seed); // the same picture every time
+        const RgbPicture picture = drawLevel(m_commands.level(), m_options.camera, m_options.size);
+        replaceFile(*m_options.picture, formatPng(picture));
+        m_out << name << ": drawn, " << picture.width << "x" << picture.height << " pixels\n";
+    }
+    catch (const GlError& error)
+    {
+        complain(name + ": not drawn: " + error.what());
+    }
+    catch (const FileError& error)
     {
         complain(error.what());
     }

@@ -36,6 +36,7 @@ private:
     void announce();
     void findMatchingItems();
     void listNames();
+    void drawPicture();
     void saveLevel();
     void summarize();
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/palette/png_file.hpp"
+#include "editor/files/png_file.hpp"
 #include "kodo/render/colour.hpp"
 
 #include <cstddef>

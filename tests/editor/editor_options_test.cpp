@@ -58,11 +58,22 @@ TEST(EditorOptionsTest, ReadsAPalette)
     EXPECT_EQ(options.picture, "p.png");
 }
 
+TEST(EditorOptionsTest, ReadsAPictureOfALevel)
+{
+    const EditorOptions options = parse({"--headless", "--level", "a.level", "--picture", "p.png", "--size",
+                                         "640x480", "--camera", "eye=1,2,-3", "at=0,0,0", "fov=50"});
+    EXPECT_EQ(options.picture, "p.png");
+    EXPECT_EQ(options.size, (PictureSize{640, 480}));
+    EXPECT_EQ(options.camera.place, (CameraOption::Place{{1.0F, 2.0F, -3.0F}, {0.0F, 0.0F, 0.0F}}));
+    EXPECT_EQ(options.camera.fieldOfView, 50.0F);
+    EXPECT_EQ(parse({"--headless", "--level", "a", "--picture", "p.png"}).size, (PictureSize{1280, 720}));
+}
+
 TEST(EditorOptionsTest, HelpNeedsNothingElse)
 {
     EXPECT_TRUE(parse({"--help"}).help);
-    for (const char* word :
-         {"--level", "--script", "--save", "--max-ticks", "--trace", "Exit code", "wait(n)"})
+    for (const char* word : {"--level", "--script", "--save", "--max-ticks", "--trace", "--picture",
+                             "--camera", "Exit code", "wait(n)"})
     {
         EXPECT_NE(helpText().find(word), std::string::npos) << word;
     }
@@ -97,6 +108,13 @@ TEST(EditorOptionsTest, RefusesWhatMakesNoSense)
         {"--colors", "9", "--ban", "red"},
         {"--colors", "9", "--ban", "0xFF00"},
         {"--headless", "--level", "a", "--unknown"},
+        {"a.level", "--picture", "p.png"},
+        {"--headless", "--level", "a", "--size", "640x480"},
+        {"--headless", "--level", "a", "--camera", "ortho=fit"},
+        {"--colors", "3", "--picture", "p.png", "--size", "640x480"},
+        {"--headless", "--level", "a", "--picture", "p.png", "--size", "640"},
+        {"--headless", "--level", "a", "--picture", "p.png", "--camera"},
+        {"--headless", "--level", "a", "--picture", "p.png", "--camera", "eye=1,2,3"},
     };
     for (const auto& arguments : wrong)
     {

@@ -86,7 +86,8 @@ public:
         Line,
         Sphere
     };
-    /// One thing to draw; things are drawn in the order recorded.
+    /// One thing to draw. What is recorded first stays on top: a strip recorded with the depth test and then
+    /// without it, in another colour, shows both, the second one where the scene hides it.
     struct Command
     {
         Kind kind;

@@ -13,5 +13,9 @@ struct RgbPicture
     std::vector<std::uint8_t> bytes;
 };
 
-/// Writes the picture; false when that fails, or when the picture is empty or not as large as it says.
+/// The bytes of a PNG file; empty when the picture is empty or not as large as it says.
+std::string formatPng(const RgbPicture& picture);
+
+/// Replaces the file by the picture (see replaceFile()); false when that fails, or when there is no PNG of
+/// it.
 bool writePng(const std::string& file, const RgbPicture& picture);

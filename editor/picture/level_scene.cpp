@@ -1,0 +1,121 @@
+#include "editor/picture/level_scene.hpp"
+
+#include "editor/curve/editor_curve.hpp"
+#include "editor/palette/palette.hpp"
+#include "editor/picture/level_solids.hpp"
+#include "kodo/chunk/chunk_manager.hpp"
+#include "kodo/chunk/space_manager.hpp"
+#include "kodo/collision/collision_scene_manager.hpp"
+#include "tern_common/utils/color_generator.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+using Kodo::Render::Colour32Bit;
+using Kodo::Render::ColourRGBAFloat;
+
+namespace
+{
+
+constexpr float CURVE_THICKNESS = 0.12F; // metres
+
+Colour32Bit packed(const ColourRGBAFloat& color, float factor)
+{
+    const auto byte = [factor](float component)
+    { return static_cast<std::uint32_t>(std::lround(std::clamp(component * factor, 0.0F, 1.0F) * 255.0F)); };
+    return Colour32Bit(0xFF000000U | (byte(color.r()) << 16U) | (byte(color.g()) << 8U) | byte(color.b()));
+}
+
+/// Gives colours that are neither the scene's nor those of curves that bring their own.
+ColorGenerator colorsFor(const Level& level)
+{
+    std::vector<Colour32Bit> wanted = sceneColors();
+    for (const auto& document : level.documents())
+    {
+        if (document->curve().color)
+        {
+            wanted.push_back(*document->curve().color);
+        }
+    }
+    std::vector<Colour32Bit> banned;
+    ColorGenerator colors;
+    for (const Colour32Bit color : wanted)
+    {
+        banned.push_back(color);
+        if (leavesFreeHue(banned)) // else the generator would look for one for ever
+        {
+            colors.banColor(color);
+        }
+        else
+        {
+            banned.pop_back();
+        }
+    }
+    return colors;
+}
+
+void setColors(CurveView& view, const ColourRGBAFloat& color)
+{
+    constexpr float HIDDEN = 0.5F; // the same hue, darker
+    view.setCurveColor(packed(color, 1.0F));
+    view.setCurveColorDown(packed(color, HIDDEN));
+}
+
+SceneBounds boundsOfCurves(const std::vector<std::unique_ptr<CurveView>>& views)
+{
+    SceneBounds bounds;
+    for (const auto& view : views)
+    {
+        const CurveView::IAbstractCurve& curve = *view->getCurve();
+        for (std::size_t i = 0; i < curve.pointCount(); ++i)
+        {
+            bounds.include(curve.pointPosition(i));
+        }
+    }
+    return bounds;
+}
+
+} // namespace
+
+LevelScene::Space::Space(int id) : m_id(id)
+{
+    Kodo::CollisionSceneManager::instance().createScene(id);
+    Kodo::SpaceManager::instance().createSpace(id);
+}
+
+LevelScene::Space::~Space()
+{
+    Kodo::ChunkManager::instance().removeSpace(m_id);
+    Kodo::SpaceManager::instance().removeSpace(m_id);
+    Kodo::CollisionSceneManager::instance().removeScene(m_id);
+}
+
+LevelScene::LevelScene(const Level& level, int spaceId) : m_space(spaceId)
+{
+    ColorGenerator colors = colorsFor(level);
+    for (const auto& document : level.documents())
+    {
+        auto curve = std::make_unique<EditorCurve>(document);
+        if (!curve->isValid())
+        {
+            continue;
+        }
+        auto view = std::make_unique<CurveView>(std::move(curve), spaceId);
+        setColors(*view, document->curve().color ? ColourRGBAFloat(*document->curve().color) : colors());
+        view->setCurveThickness(CURVE_THICKNESS);
+        m_views.push_back(std::move(view));
+    }
+    const SceneBounds curves = boundsOfCurves(m_views);
+    m_solids = solidsOf(level.items(), curves);
+    m_bounds = boundsOf(m_solids, curves);
+}
+
+LevelScene::~LevelScene() = default;
+
+void LevelScene::render(Kodo::DebugDrawer::Context& context) const
+{
+    for (const auto& view : m_views)
+    {
+        view->render(context);
+    }
+}
