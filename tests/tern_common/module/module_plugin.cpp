@@ -21,6 +21,7 @@
 
 extern "C" QUA_SYMBOL_EXPORT int useAll();
 extern "C" QUA_SYMBOL_EXPORT int useSpace(int spaceId);
+extern "C" QUA_SYMBOL_EXPORT void askForCache(int spaceId);
 
 namespace
 {
@@ -111,4 +112,10 @@ int useAll()
 int useSpace(int spaceId)
 {
     return useCurve(spaceId);
+}
+
+void askForCache(int spaceId)
+{
+    CurveViewSpaceCache::instance(*Kodo::ChunkManager::instance().space(spaceId, true))
+        .unregisterView(nullptr);
 }
