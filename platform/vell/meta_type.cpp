@@ -54,6 +54,12 @@ public:
         return m_types.size();
     }
 
+    std::vector<const MetaType*> all() const
+    {
+        const std::shared_lock lock(m_mutex);
+        return m_types;
+    }
+
 private:
     mutable std::shared_mutex m_mutex;
     std::vector<const MetaType*> m_types;
@@ -187,6 +193,11 @@ const MetaType* MetaType::find(const std::type_info& type) noexcept
 std::size_t MetaType::registeredCount() noexcept
 {
     return Registry::instance().size();
+}
+
+std::vector<const MetaType*> MetaType::registered()
+{
+    return Registry::instance().all();
 }
 
 } // namespace vell

@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace vell
 {
@@ -48,6 +49,8 @@ public:
     static const MetaType* find(const std::type_info& type) noexcept;
     /// How many registrations there are now.
     static std::size_t registeredCount() noexcept;
+    /// All registrations, oldest first.
+    static std::vector<const MetaType*> registered();
 
     /// @name Operations on a value in raw storage of size() bytes.
     /// Pointers of more than one machine word (`std::shared_ptr`) stand in a cell on the heap, and the cell's

@@ -123,7 +123,7 @@ void CurveView::Sampler::addSamples(float start, float length, float step)
         }
         if (sampled == room)
         {
-            grow(sampled + 1);
+            grow(sampled + sampled / 2 + 1);
             points = m_points.data();
             parameters = m_parameters.data();
             room = m_points.size();
@@ -139,7 +139,7 @@ void CurveView::Sampler::append(const Kodo::Vector3& point, float parameter)
 {
     if (m_sampled == m_points.size())
     {
-        grow(m_sampled + 1);
+        grow(m_sampled + m_sampled / 2 + 1);
     }
     m_points[m_sampled] = point;
     m_parameters[m_sampled] = parameter;

@@ -37,3 +37,6 @@ private:
     std::unordered_set<CurveView*> m_views;
     std::unique_ptr<CurveViewPointInserter> m_inserter;
 };
+
+/// Instantiated in the library alone: a cache that a plug-in asks for first must not need the plug-in's code.
+extern template class TERN_COMMON_API Kodo::SpaceCache<CurveViewSpaceCache>;

@@ -89,6 +89,7 @@ const vell::MetaType& anyPointerType = vell::metaType<const volatile void*>();
 } // namespace
 } // namespace TernCommonModule
 
+template class Kodo::SpaceCache<CurveViewSpaceCache>;
 Kodo::SpaceCache<CurveViewSpaceCache> CurveViewSpaceCache::instance;
 
 namespace TernCommonModule

@@ -1,0 +1,145 @@
+// The library loaded at run time, used, and unloaded: nothing of it may be left. The loading program links
+// the platform alone, so that the library comes and goes with its plug-in.
+
+#include "kodo/chunk/chunk_manager.hpp"
+#include "kodo/core/async_manager.hpp"
+#include "tern/meta_object.hpp"
+#include "tern/property_change_notifier.hpp"
+#include "tests/support/allocation_hook.hpp"
+#include "tests/support/reports.hpp"
+#include "tests/support/test_space.hpp"
+#include "vell/meta_type.hpp"
+#include "vell/variant_converter.hpp"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+class Plugin
+{
+public:
+    Plugin() : m_handle(dlopen(TERN_MODULE_PLUGIN, RTLD_NOW | RTLD_LOCAL))
+    {
+        EXPECT_NE(m_handle, nullptr) << dlerror();
+    }
+    Plugin(const Plugin&) = delete;
+    Plugin& operator=(const Plugin&) = delete;
+    ~Plugin() { dlclose(m_handle); }
+
+    template <class Function>
+    Function* entry(const char* name) const
+    {
+        return reinterpret_cast<Function*>(dlsym(m_handle, name));
+    }
+
+private:
+    void* m_handle;
+};
+
+bool isMapped(const char* library)
+{
+    void* const handle = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr)
+    {
+        dlclose(handle);
+    }
+    return handle != nullptr;
+}
+
+/// What a library can leave behind.
+struct Census
+{
+    std::vector<const vell::MetaType*> types = vell::MetaType::registered();
+    std::size_t converters = vell::VariantConverter::registeredCount();
+    std::size_t metaObjects = tern::MetaObjectManager::instance().registeredCount();
+    std::size_t cacheSlots = Kodo::ChunkSpace::registeredCacheCount();
+    std::size_t spaces = Kodo::ChunkManager::instance().spaceCount();
+    std::size_t listeners = tern::PropertyChangeNotifier::listenerCount();
+    std::size_t jobs = Kodo::AsyncManager::pendingCount();
+    int mappedObjects = 0;
+
+    Census()
+    {
+        dl_iterate_phdr(
+            [](dl_phdr_info*, std::size_t, void* count)
+            {
+                ++*static_cast<int*>(count);
+                return 0;
+            },
+            &mappedObjects);
+    }
+    friend bool operator==(const Census&, const Census&) = default;
+};
+
+TEST(ModuleBoundaryTest, ALoadedLibraryIsRegistered)
+{
+    const Census before;
+    const Plugin plugin;
+    const Census loaded;
+    EXPECT_EQ(loaded.converters, before.converters + 1);
+    EXPECT_EQ(loaded.cacheSlots, before.cacheSlots + 1);
+    EXPECT_GE(loaded.types.size(), before.types.size() + 7);
+    EXPECT_NE(tern::MetaObjectManager::instance().find("CurveViewControlPoint"), nullptr);
+}
+
+TEST(ModuleBoundaryTest, AThousandTimesLoadedUsedAndUnloadedNothingIsLeft)
+{
+    const auto cycle = []
+    {
+        const Plugin plugin;
+        ASSERT_EQ(plugin.entry<int()>("useAll")(), 11);
+    };
+    for (int warmUp = 0; warmUp < 20; ++warmUp)
+    {
+        cycle();
+    }
+    const Census before;
+    const std::size_t heapBefore = liveHeapBytes();
+    for (int i = 0; i < 1000; ++i)
+    {
+        cycle();
+        ASSERT_FALSE(isMapped(TERN_COMMON_LIBRARY)) << "in cycle " << i;
+        ASSERT_EQ(Census(), before) << "in cycle " << i;
+    }
+    EXPECT_EQ(liveHeapBytes(), heapBefore);
+    EXPECT_EQ(tern::MetaObjectManager::instance().find("CurveViewControlPoint"), nullptr);
+}
+
+TEST(ModuleBoundaryTest, CachesGoWithTheLibraryAndTheirSpacesStay)
+{
+    const TestSpace first(1);
+    const TestSpace second(2);
+    const auto cycle = [&]
+    {
+        const Plugin plugin;
+        ASSERT_GT(plugin.entry<int(int)>("useSpace")(first.id), 0);
+        ASSERT_GT(plugin.entry<int(int)>("useSpace")(second.id), 0);
+        ASSERT_NE(first.chunkSpace().cache(0), nullptr);
+    };
+    for (int warmUp = 0; warmUp < 20; ++warmUp)
+    {
+        cycle();
+    }
+    const Census before;
+    const std::size_t heapBefore = liveHeapBytes();
+    for (int i = 0; i < 200; ++i)
+    {
+        cycle();
+        ASSERT_FALSE(isMapped(TERN_COMMON_LIBRARY)) << "in cycle " << i;
+        ASSERT_EQ(Census(), before) << "in cycle " << i;
+        ASSERT_EQ(first.chunkSpace().cache(0), nullptr);
+        ASSERT_EQ(second.chunkSpace().cache(0), nullptr);
+        ASSERT_EQ(first.itemCount() + second.itemCount(), 0U);
+    }
+    EXPECT_EQ(liveHeapBytes(), heapBefore);
+}
+
+} // namespace
