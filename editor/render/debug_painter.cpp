@@ -264,8 +264,8 @@ void DebugPainter::paintLine(const LineRecord& line) const
     setDepthUse(line.zTest, line.zWrite);
     glBindVertexArray(m_lineArray.name());
     glBindBuffer(GL_ARRAY_BUFFER, m_points.name());
-    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(Vector3), reinterpret_cast<const void*>(first));
-    glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, sizeof(Vector3), reinterpret_cast<const void*>(second));
+    glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, sizeof(Vector3), bufferOffset(first));
+    glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, sizeof(Vector3), bufferOffset(second));
     glDisable(GL_CULL_FACE); // a band has no back
     glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(isDot ? 1 : line.pointCount - 1));
 }

@@ -2,6 +2,7 @@
 
 #include <epoxy/gl.h>
 
+#include <cstddef>
 #include <utility>
 
 /// Owns one OpenGL object. Made, used and destroyed while its context is current.
@@ -75,6 +76,12 @@ struct GlFrameBufferTraits
     }
     static void destroy(GLuint name) { glDeleteFramebuffers(1, &name); }
 };
+
+/// A place in the bound buffer, in bytes, as OpenGL takes it.
+inline const void* bufferOffset(std::size_t bytes)
+{
+    return reinterpret_cast<const void*>(bytes); // NOLINT(performance-no-int-to-ptr): it is never a pointer
+}
 
 using GlBuffer = GlObject<GlBufferTraits>;
 using GlVertexArray = GlObject<GlVertexArrayTraits>;

@@ -38,7 +38,7 @@ EGLDisplay openDisplay()
     {
         if (hasClientExtension("EGL_MESA_platform_surfaceless"))
         {
-            const EGLDisplay display =
+            EGLDisplay display =
                 eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
             if (initialized(display))
             {
@@ -51,14 +51,14 @@ EGLDisplay openDisplay()
             hasClientExtension("EGL_EXT_device_enumeration") &&
             eglQueryDevicesEXT(1, &device, &found) == EGL_TRUE && found == 1)
         {
-            const EGLDisplay display = eglGetPlatformDisplayEXT(EGL_PLATFORM_DEVICE_EXT, device, nullptr);
+            EGLDisplay display = eglGetPlatformDisplayEXT(EGL_PLATFORM_DEVICE_EXT, device, nullptr);
             if (initialized(display))
             {
                 return display;
             }
         }
     }
-    const EGLDisplay display = eglGetDisplay(EGL_DEFAULT_DISPLAY);
+    EGLDisplay display = eglGetDisplay(EGL_DEFAULT_DISPLAY);
     if (!initialized(display))
     {
         throw GlError("no OpenGL without a window: EGL opens no display (" + lastEglError() + ")");
@@ -70,7 +70,7 @@ EGLDisplay openDisplay()
 /// given the same one.
 EGLDisplay display()
 {
-    static const EGLDisplay opened = openDisplay();
+    static EGLDisplay opened = openDisplay();
     return opened;
 }
 
@@ -104,8 +104,7 @@ EGLContext createContext(EGLDisplay display)
                                            EGL_CONTEXT_OPENGL_PROFILE_MASK_KHR,
                                            EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT_KHR,
                                            EGL_NONE};
-    const EGLContext context =
-        eglCreateContext(display, chooseConfig(display), EGL_NO_CONTEXT, WANTED.data());
+    EGLContext context = eglCreateContext(display, chooseConfig(display), EGL_NO_CONTEXT, WANTED.data());
     if (context == EGL_NO_CONTEXT)
     {
         throw GlError("no OpenGL 3.3 core: " + lastEglError());

@@ -2,7 +2,7 @@
 
 #include "editor/render/gl_error.hpp"
 
-#include <limits>
+#include <algorithm>
 
 namespace
 {
@@ -12,20 +12,22 @@ RgbPicture shrink(const RgbPicture& large, const PictureSize& size, std::size_t 
 {
     RgbPicture small{size.width, size.height, std::vector<std::uint8_t>(size.width * size.height * 3)};
     const std::size_t count = samples * samples;
-    for (std::size_t i = 0; i < small.bytes.size(); ++i)
+    std::vector<std::size_t> sums(size.width * 3);
+    for (std::size_t row = 0; row < size.height; ++row)
     {
-        const std::size_t component = i % 3;
-        const std::size_t left = i / 3 % size.width * samples;
-        const std::size_t top = i / 3 / size.width * samples;
-        std::size_t sum = 0;
-        for (std::size_t y = top; y < top + samples; ++y)
+        std::fill(sums.begin(), sums.end(), 0);
+        for (std::size_t i = 0; i < samples * large.width; ++i)
         {
-            for (std::size_t x = left; x < left + samples; ++x)
+            const std::size_t column = i % large.width / samples;
+            for (std::size_t component = 0; component < 3; ++component)
             {
-                sum += large.bytes[(y * large.width + x) * 3 + component];
+                sums[column * 3 + component] +=
+                    large.bytes[(row * samples * large.width + i) * 3 + component];
             }
         }
-        small.bytes[i] = static_cast<std::uint8_t>((sum + count / 2) / count);
+        std::transform(
+            sums.begin(), sums.end(), small.bytes.begin() + static_cast<std::ptrdiff_t>(row * sums.size()),
+            [count](std::size_t sum) { return static_cast<std::uint8_t>((sum + count / 2) / count); });
     }
     return small;
 }

@@ -9,7 +9,6 @@
 #include <string>
 
 using Kodo::Matrix;
-using Kodo::Vector3;
 using Kodo::Render::Camera;
 
 namespace
@@ -194,8 +193,7 @@ SolidPainter::SolidPainter()
     const auto attribute = [](GLuint index, GLint components, std::size_t offset)
     {
         glEnableVertexAttribArray(index);
-        glVertexAttribPointer(index, components, GL_FLOAT, GL_FALSE, sizeof(SolidBox),
-                              reinterpret_cast<const void*>(offset));
+        glVertexAttribPointer(index, components, GL_FLOAT, GL_FALSE, sizeof(SolidBox), bufferOffset(offset));
         glVertexAttribDivisor(index, 1);
     };
     static_assert(sizeof(SolidBox) == 10 * sizeof(float));
