@@ -9,6 +9,12 @@
 #include <string>
 #include <unordered_map>
 
+// The interface has no virtual destructor, and so its implementation has none.
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
+
 /// The display texts of the game data's items: vehicles by their tags, arenas by the base names of their
 /// files.
 ///
@@ -54,3 +60,7 @@ private:
     std::unique_ptr<ResourceManager> m_resourceManager;
     std::unordered_map<std::string, std::string> m_cache;
 };
+
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
