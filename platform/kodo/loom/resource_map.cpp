@@ -143,15 +143,20 @@ private:
             }
             for (const auto& [language, file] : files.items())
             {
-                if (const char* const wrong = faultOf(language, file))
-                {
-                    fault(path + "/" + language, wrong);
-                    continue;
-                }
-                m_map.catalogues[domain][language] = file.get<std::string>();
-                m_spoken.insert(language);
+                readCatalogue(domain, language, file);
             }
         }
+    }
+
+    void readCatalogue(const std::string& domain, const std::string& language, const Json& file)
+    {
+        if (const char* const wrong = faultOf(language, file))
+        {
+            fault("/catalogues/" + domain + "/" + language, wrong);
+            return;
+        }
+        m_map.catalogues[domain][language] = file.get<std::string>();
+        m_spoken.insert(language);
     }
 
     /// Null for nothing.
