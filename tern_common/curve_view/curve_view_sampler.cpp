@@ -114,7 +114,8 @@ void CurveView::Sampler::addSamples(float start, float length, float step)
     float* parameters = m_parameters.data();
     std::size_t room = m_points.size();
     std::size_t sampled = m_sampled;
-    for (float t = 0.0F; t < length; t += step)
+    float t = 0.0F;
+    while (t < length)
     {
         const Kodo::Vector3 position = curve.positionAt(start + t);
         if (samplings != sampling)
@@ -131,6 +132,7 @@ void CurveView::Sampler::addSamples(float start, float length, float step)
         points[sampled] = origin.applyPoint(position);
         parameters[sampled] = start + t;
         ++sampled;
+        t += step;
     }
     m_sampled = sampled;
 }
