@@ -13,7 +13,7 @@ struct KODO_API Vector3
     float z = 0.0F;
 
     constexpr Vector3() noexcept = default;
-    constexpr Vector3(float x_, float y_, float z_) noexcept : x(x_), y(y_), z(z_) {}
+    constexpr Vector3(float xValue, float yValue, float zValue) noexcept : x(xValue), y(yValue), z(zValue) {}
 
     static const Vector3 ZERO;
 
