@@ -519,7 +519,7 @@ TEST_F(SpaceCacheTest, ACacheTakesThePlaceOfTheOneInItsSlot)
 {
     struct Marked final : ChunkSpace::Cache
     {
-        explicit Marked(int& destroyed_) : destroyed(destroyed_) {}
+        explicit Marked(int& count) : destroyed(count) {}
         ~Marked() override { ++destroyed; }
         int& destroyed;
     };

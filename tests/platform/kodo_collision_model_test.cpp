@@ -22,7 +22,6 @@ using Kodo::CollisionScene;
 using Kodo::CollisionShape;
 using Kodo::Matrix;
 using Kodo::SceneObject;
-using Kodo::SmartPointer;
 using Kodo::Vector3;
 using Kodo::Collisions::Ray;
 using Kodo::Collisions::RayHit;

@@ -51,7 +51,7 @@ SmartPointer<ChunkSpace> ChunkManager::space(int id, bool createIfMissing)
     {
         return {};
     }
-    const SmartPointer<ChunkSpace> made(new ChunkSpace(id));
+    SmartPointer<ChunkSpace> made(new ChunkSpace(id));
     m_spaces.emplace(id, made);
     return made;
 }

@@ -91,8 +91,8 @@ private:
 inline bool CollisionScene::Objects::putSphere(Place place, const Matrix& transform) noexcept
 {
     const auto& m = transform.m;
-    const bool isEven = m[0][0] == m[1][1] && m[0][0] == m[2][2];
     const auto bits = [](float number) { return std::bit_cast<std::uint32_t>(number); };
+    const std::uint32_t uneven = (bits(m[0][0]) ^ bits(m[1][1])) | (bits(m[0][0]) ^ bits(m[2][2]));
     const std::uint32_t aside =
         (bits(m[0][1]) | bits(m[0][2]) | bits(m[1][0]) | bits(m[1][2]) | bits(m[2][0]) | bits(m[2][1]))
         << 1U; // zeros may have a sign
@@ -103,8 +103,7 @@ inline bool CollisionScene::Objects::putSphere(Place place, const Matrix& transf
     const double radius = entry.shape->m_sphereRadius * double{m[0][0]};
     const double squaredRadius = radius * radius;
     const double sum = x + y + z + squaredRadius; // not finite when one of them is not
-    if (!isEven || aside != 0 || !(entry.shape->m_sphereRadius > 0.0) || !(squaredRadius > 0.0) ||
-        sum - sum != 0.0)
+    if ((uneven | aside) != 0 || !(squaredRadius > 0.0) || sum - sum != 0.0)
     {
         return false;
     }

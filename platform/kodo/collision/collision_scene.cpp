@@ -3,6 +3,8 @@
 #include "kodo/collision/collision_objects.hpp"
 
 #include <cmath>
+#include <limits>
+#include <optional>
 
 namespace Kodo
 {
@@ -42,7 +44,7 @@ CollisionShape::CollisionShape(int shapeTemplate, const Vector3& extent, const V
       m_sphereRadius(shapeTemplate == TEMPLATE_SPHERE && extent.x == extent.y && extent.x == extent.z &&
                              offset == Vector3::ZERO
                          ? 0.5 * std::fabs(double{extent.x})
-                         : -1.0)
+                         : std::numeric_limits<double>::quiet_NaN())
 {
 }
 

@@ -36,7 +36,7 @@ private:
     int m_template;
     Vector3 m_extent;
     Vector3 m_offset;
-    double m_sphereRadius; ///< of a sphere about the origin; negative for what is none
+    double m_sphereRadius; ///< of a sphere about the origin; for what is none, not a number
 };
 
 /// The objects of one space that rays can hit: flat arrays of world-space shapes, every ray looks at all of
