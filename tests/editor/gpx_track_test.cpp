@@ -108,7 +108,7 @@ TEST(TrackCurveTest, ATrackIsACurveNamedLikeItsFile)
     EXPECT_FALSE(curve.closed);
     EXPECT_EQ(curve.points, readGpxTrack(TERN_SAMPLES_DIR "/coast_road.gpx", TrackOrigin::Middle));
     EXPECT_EQ(readDocument(TERN_SAMPLES_DIR "/coast_road.gpx").curves, (std::vector<Curve>{curve}));
-    EXPECT_EQ(readDocument(TERN_SAMPLES_DIR "/harbour.level").items.size(), 5U);
+    EXPECT_EQ(readDocument(TERN_SAMPLES_DIR "/harbour.level").items.size(), 6U);
     const TemporaryDirectory directory;
     EXPECT_EQ(readTrackCurve(directory.write("1st run.gpx", track("<trkpt lat='0' lon='1'/>"))).name,
               "_1st_run");
