@@ -166,9 +166,9 @@ bool CurveView::followEdit()
 /// other points by now.
 void CurveView::rebuild(const Presence& presence)
 {
-    if (presence.view != nullptr && !isInvalid() && presence.view != nullptr)
+    if (presence.view != nullptr && !presence.view->isInvalid() && presence.view != nullptr)
     {
-        update();
+        presence.view->update();
     }
 }
 

@@ -160,7 +160,7 @@ private:
     void updateCurve();
 
     bool followEdit();
-    void rebuild(const Presence& presence);
+    static void rebuild(const Presence& presence);
 
     void createControlPoints();
     void deferControlPoints();

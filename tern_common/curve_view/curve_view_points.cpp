@@ -162,7 +162,10 @@ void CurveView::refreshControlPoints(std::size_t index, std::size_t count)
     {
         const tern::PropertyChangeNotifier notifier(points[i]->getRefObject(),
                                                     {tern::PropertyChangeNotifier::ALL_PROPERTIES});
-        refreshControlPoint(points[i], index + i, *presence);
+        if (presence->view != nullptr)
+        {
+            refreshControlPoint(points[i], index + i, *presence);
+        }
     }
 }
 
@@ -170,10 +173,6 @@ void CurveView::refreshControlPoints(std::size_t index, std::size_t count)
 void CurveView::refreshControlPoint(const Kodo::SmartPointer<CurveViewControlPoint>& point, std::size_t hint,
                                     const Presence& presence)
 {
-    if (presence.view == nullptr)
-    {
-        return;
-    }
     const bool isAtHint = hint < m_controlPoints.size() && m_controlPoints[hint] == point;
     const auto place = isAtHint ? m_controlPoints.begin() + static_cast<std::ptrdiff_t>(hint)
                                 : std::find(m_controlPoints.begin(), m_controlPoints.end(), point);

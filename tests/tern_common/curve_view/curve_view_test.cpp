@@ -100,7 +100,7 @@ TEST_F(CurveViewTest, ConnectsToEachSignalOnceAndLetsGo)
     EXPECT_EQ(curve->pointRemoved.slotCount(), 1U);
 
     std::size_t slotsAtTheEnd = MAX;
-    curve->onDestroyed = [this, old = curve, &slotsAtTheEnd] { slotsAtTheEnd = old->slotCount(); };
+    curve->onDestroyed = [old = curve, &slotsAtTheEnd] { slotsAtTheEnd = old->slotCount(); };
     view->setCurve(std::make_unique<RecordingCurve>(1));
     EXPECT_EQ(slotsAtTheEnd, 0U);
     EXPECT_EQ(view->getControlPoints().size(), 1U);
