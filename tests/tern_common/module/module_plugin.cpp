@@ -39,7 +39,7 @@ public:
 protected:
     bool tokenize(const std::string& text, std::vector<Token>& tokens) override
     {
-        Token token;
+        Token token{};
         token.len = token.valueLen = text.size();
         tokens.push_back(token);
         return true;
