@@ -1,3 +1,6 @@
+# What is worth building for the thread sanitizer: the programs whose label is "threads".
+add_custom_target(thread_tests)
+
 # tern_add_test(name [BARE] LABELS ... SOURCES ... [LIBS ...])
 #
 # One GoogleTest program; ctest runs each of its cases under the given labels. A BARE one goes without the support
@@ -11,6 +14,9 @@ function(tern_add_test name)
     set(support $<IF:$<BOOL:${arg_BARE}>,GTest::gtest_main,tern_test_support>)
     target_link_libraries(${name} PRIVATE tern_build_options ${support} ${arg_LIBS})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    if("threads" IN_LIST arg_LABELS)
+        add_dependencies(thread_tests ${name})
+    endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${arg_TIMEOUT})
     # Labels are set when ctest reads the discovered tests: gtest_discover_tests keeps only the first of a list.
     set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${name}_labels.cmake)

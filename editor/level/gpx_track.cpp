@@ -140,6 +140,11 @@ Position project(const GeoPoint& point, const GeoPoint& origin)
 
 } // namespace
 
+bool isTrackFile(const fs::path& file)
+{
+    return file.extension() == ".gpx";
+}
+
 std::vector<Position> readGpxTrack(const fs::path& file, TrackOrigin origin)
 {
     return parseGpxTrack(readWholeFile(file), file, origin);

@@ -13,6 +13,9 @@ enum class TrackOrigin
     Middle      ///< the middle between the extremes of latitude and longitude, and the sea's level
 };
 
+/// Whether a file's name ends in ".gpx".
+bool isTrackFile(const std::filesystem::path& file);
+
 /// The track points of a GPX file, all segments in order, as metres from the origin, on the sphere of the
 /// Earth's mean radius R = 6371008.8 m by the equirectangular projection at the origin's latitude:
 ///

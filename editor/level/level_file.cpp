@@ -3,8 +3,8 @@
 #include "editor/curve/color_text.hpp"
 #include "editor/files/atomic_file.hpp"
 #include "editor/files/file_error.hpp"
+#include "editor/level/gpx_track.hpp"
 #include "editor/level/json_locator.hpp"
-#include "editor/level/track_curve.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -26,11 +26,6 @@ std::string curveNameOf(const fs::path& file)
 
 } // namespace
 
-bool isTrackFile(const fs::path& file)
-{
-    return file.extension() == ".gpx";
-}
-
 Curve readTrackCurve(const fs::path& file)
 {
     Curve curve;

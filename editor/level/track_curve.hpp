@@ -5,9 +5,6 @@
 
 #include <filesystem>
 
-/// Whether a file's name ends in ".gpx".
-bool isTrackFile(const std::filesystem::path& file);
-
 /// A GPX track as a curve: linear, open, around the track's middle (TrackOrigin::Middle), named like the file
 /// without its ending; a character that no curve's name has becomes "_". Throws FileError.
 Curve readTrackCurve(const std::filesystem::path& file);

@@ -2,11 +2,12 @@
 
 #include "editor/files/file_error.hpp"
 #include "kodo/fs/multi_file_system.hpp"
+#include "kodo/fs/utils.hpp"
 
 #include <pugixml.hpp>
 
-#include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace
@@ -24,22 +25,10 @@ class DefinitionFile
 public:
     explicit DefinitionFile(std::string name) : m_name(std::move(name))
     {
-        const std::string path = Kodo::FS::fileSystem().diskPath(m_name);
-        if (path.empty())
+        // What gives no section has been reported to whoever opened it as one.
+        if (Kodo::FS::Utils::readSectionText(m_text, m_name))
         {
-            return;
-        }
-        try
-        {
-            m_text = readWholeFile(std::filesystem::path(std::u8string(path.begin(), path.end())));
-            if (!m_document.load_buffer(m_text.data(), m_text.size(), pugi::parse_default,
-                                        pugi::encoding_utf8))
-            {
-                m_document.reset(); // never a part of a file
-            }
-        }
-        catch (const FileError&) // known by now to whoever opened it as a section
-        {
+            m_document.load_buffer(m_text.data(), m_text.size(), pugi::parse_default, pugi::encoding_utf8);
         }
     }
 
@@ -121,7 +110,7 @@ Index readDefinitions()
         const DefinitionFile arena(ARENAS + file);
         if (const pugi::xml_node name = arena.root().child("name"))
         {
-            add(index, file.substr(0, file.rfind('.')), arena.read(name, name));
+            add(index, Kodo::FS::Utils::removeExtension(file).toString(), arena.read(name, name));
         }
     }
     return index;

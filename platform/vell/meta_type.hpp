@@ -81,7 +81,7 @@ VELL_API std::string typeName(const std::type_info& type);
 template <PointerLike T>
 struct PointerStorage
 {
-    static constexpr bool IS_INLINE =
+    static constexpr bool IS_INLINE = // NOLINTNEXTLINE(bugprone-sizeof-expression): T is the pointer
         sizeof(T) <= sizeof(void*) && alignof(T) <= alignof(void*) && std::is_nothrow_move_constructible_v<T>;
 
     /// Constructs the stored form of @p pointer in @p to.

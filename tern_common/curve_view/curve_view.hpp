@@ -34,6 +34,8 @@ public:
     class TERN_COMMON_API IAbstractCurve
     {
     public:
+        IAbstractCurve(const IAbstractCurve&) = delete;
+        IAbstractCurve& operator=(const IAbstractCurve&) = delete;
         virtual ~IAbstractCurve();
 
         virtual std::size_t pointCount() const = 0;
@@ -67,8 +69,6 @@ public:
 
     protected:
         IAbstractCurve();
-        IAbstractCurve(const IAbstractCurve&) = delete;
-        IAbstractCurve& operator=(const IAbstractCurve&) = delete;
     };
 
     /// @p curve and @p drawer may be null: without a curve the view is empty, without a drawer the curve
@@ -79,7 +79,7 @@ public:
     /// Takes what the source shows, and no more: the curve's signals, its `m_view` and the control points'
     /// deletion still go to the source, and this view is not enabled. Give it a curve by setCurve(), and call
     /// enableCurveView(), before the source dies.
-    CurveView(CurveView&& other);
+    CurveView(CurveView&& other); // NOLINT(performance-noexcept-move-constructor): it allocates
     CurveView& operator=(CurveView&&) = delete;
     /// Deletes the model last.
     virtual ~CurveView();

@@ -43,6 +43,7 @@ CurveView::CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, std::un
     show(std::move(curve));
 }
 
+// NOLINTNEXTLINE(performance-noexcept-move-constructor): it allocates
 CurveView::CurveView(CurveView&& other)
     : m_curve(std::move(other.m_curve)), m_drawer(std::move(other.m_drawer)),
       m_curveColor(other.m_curveColor), m_curveColorDown(other.m_curveColorDown),

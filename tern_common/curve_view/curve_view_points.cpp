@@ -132,7 +132,7 @@ Kodo::SmartPointer<CurveViewControlPoint> CurveView::makeControlPoint(std::size_
         }
     };
     const int spaceId = m_spaceId;
-    const Kodo::SmartPointer<CurveViewControlPoint> point =
+    Kodo::SmartPointer<CurveViewControlPoint> point =
         new CurveViewControlPoint(deleter, spaceId, std::move(object), transform);
     if (presence->pointEdits != edits) // making it may report, and whoever hears that may call in
     {

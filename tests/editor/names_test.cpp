@@ -246,6 +246,58 @@ TEST_F(NamesTest, OfSeveralDefinitionsTheOneThatCountsIsNamed)
     EXPECT_NE(m_errors.find("scripts/arena_defs/broken.xml:"), std::string::npos) << m_errors;
 }
 
+TEST_F(NamesTest, DefinitionsAreListedWhateverTheirFilesAreWrittenInAndWhateverTheyAreCalled)
+{
+    const std::string level = makeLevel(EMPTY_MAP);
+    const std::string arenas = "level_project/scripts/arena_defs/";
+    std::string utf16 = "\xFF\xFE";
+    for (const char character : std::string("<root>\n<name>#v:bay</name></root>"))
+    {
+        utf16 += character;
+        utf16 += '\0';
+    }
+    m_directory.write(arenas + "bay.xml", utf16);
+    m_directory.write(
+        arenas + "quay.xml",
+        "<?xml version='1.0' encoding='ISO-8859-1'?><root>\n<name>K\xE4i #v:quay</name></root>");
+    m_directory.write(arenas + ".hidden", "<root><name>#v:hidden</name></root>");
+    EXPECT_EQ(run("--headless --level " + level + " --names"), 1);
+    EXPECT_EQ(
+        lines("name: "),
+        (Lines{".hidden \"#v:hidden\", not translated, cached from scripts/arena_defs/.hidden:1",
+               "bay \"#v:bay\", not translated, cached from scripts/arena_defs/bay.xml:2",
+               "quay \"K\u00e4i #v:quay\", not translated, cached from scripts/arena_defs/quay.xml:2"}));
+}
+
+TEST_F(NamesTest, AFileThatIsRefusedDefinesNothing)
+{
+    const std::string level = makeLevel(EMPTY_MAP);
+    const std::string arenas = "level_project/scripts/arena_defs/";
+    m_directory.write(arenas + "tail.xml", "<root><name>#v:tail</name></root>tail");
+    m_directory.write(arenas + "twice.xml", "<root><name>#v:twice</name></root><root/>");
+    m_directory.write(arenas + "koi.xml",
+                      "<?xml version='1.0' encoding='koi8-r'?><r><name>#v:koi</name></r>");
+    EXPECT_EQ(run("--headless --level " + level + " --names"), 1);
+    EXPECT_EQ(lines("name: "), Lines{}) << "they are not in the cache either";
+    EXPECT_EQ(std::count(m_errors.begin(), m_errors.end(), '\n'), 4) << "each once, and the catalogue\n"
+                                                                     << m_errors;
+}
+
+TEST_F(NamesTest, WhatAFallbackLanguageHasIsTranslated)
+{
+    const std::string level = makeLevel(R"({"language":"de_AT","fallbacks":{"de_AT":["de","en"],"de":["en"]},
+        "catalogues":{"vehicles":{"de":"po/de/vehicles.mo","en":"po/en/vehicles.mo"}}})");
+    m_directory.write("level_project/scripts/item_defs/vehicles/a/list.xml",
+                      "<root><stacker><userString>#vehicles:reach_stacker</userString></stacker></root>");
+    const fs::path built =
+        fs::path(TERN_EDITOR_PROGRAM).parent_path().parent_path() / "share/tern_editor/harbour_project/po";
+    fs::copy(built, m_directory / "level_project/po", fs::copy_options::recursive);
+    EXPECT_EQ(run("--headless --level " + level + " --names"), 0) << m_errors;
+    EXPECT_EQ(lines("name: "),
+              Lines{"stacker \"Reach stacker\", cached from scripts/item_defs/vehicles/a/list.xml:1"});
+    EXPECT_EQ(lines("untranslated in "), (Lines{"de: 2 of 3", "de_AT: 2 of 3", "en: 2 of 3"}));
+}
+
 TEST_F(NamesTest, AResourceMapThatCannotBeUsedIsToldOnce)
 {
     const std::string level = makeLevel("{\"language\":");

@@ -126,6 +126,7 @@ TEST(DataSectionTest, ATextIsAllThatStandsInTheElementWithoutTheBlanksAround)
     EXPECT_EQ(valueOf("#vehicles<!-- not this -->:hauler"), "#vehicles:hauler");
     EXPECT_EQ(valueOf("<?pi?>a<![CDATA[ <b> & ]]> c "), "a <b> &  c");
     EXPECT_EQ(valueOf("a<deeper>not this</deeper>b"), "ab");
+    EXPECT_EQ(valueOf("a<!-- --> <!-- -->b <![CDATA[ ]]>c"), "ab  c");
     EXPECT_EQ(valueOf("a\r\nb\rc"), "a\nb\nc");
     EXPECT_EQ(valueOf("\xC2\xA0x"), "\xC2\xA0x") << "a space that does not break lines is text";
 }
@@ -219,6 +220,7 @@ TEST(DataSectionFaultTest, WhatIsNotWellFormedIsOneMessageAndNoTree)
         {" \n <!-- only --> \n", "f.xml:3:1: No element"},
         {"text", "f.xml:1:1: Text outside of the root element"},
         {"<l/>text", "f.xml:1:5: Text outside of the root element"},
+        {"<l/>\r\n\r\n  text", "f.xml:3:3: Text outside of the root element"},
         {"<l/>\n<m/>", "f.xml:2:2: A second root element"},
         {"<l>\n  <a></b>\n</l>", "f.xml:2:8: Start-end tags mismatch"},
         {"<l><a/>", "f.xml:1:7: Start-end tags mismatch"},
@@ -307,8 +309,24 @@ TEST(DataSectionEncodingTest, ADeclaredEncodingIsConvertedOrRefused)
     EXPECT_EQ(parse(declared("latin1"))->asString(), "\xC3\xA4");
     EXPECT_EQ(parse(declared("utf-8"))->asString(), "\xE4") << "bytes that are no UTF-8 pass as they are";
     EXPECT_EQ(parse(declared("UTF-16"))->asString(), "\xE4") << "in single bytes it cannot be";
-    const ExpectReports reports{"f.xml:1:31: The encoding windows-1251 is not known"};
+    const ExpectReports reports{"f.xml:1:31: The encoding windows-1251 is not known",
+                                "f.xml:1:31: The encoding " + std::string(40, 'e') + "... is not known"};
     EXPECT_FALSE(parse(declared("windows-1251")));
+    EXPECT_FALSE(parse(declared(std::string(1'000'000, 'e')))) << "a short message even then";
+}
+
+TEST(DataSectionEncodingTest, OnlyADeclarationDeclaresAnEncoding)
+{
+    for (const std::string front :
+         {"<?xml-stylesheet href='encoding.xsl' type='text/xsl'?>",
+          "<?xml version='1.0' x='encoding' y='koi8-r'?>", "<?xml version='1.0' x-encoding='koi8-r'?>",
+          "<!-- <?xml encoding='koi8-r'?> -->", "<?xml version='1.0' encoding?>",
+          "<?xml version='1.0' encoding = \t'utf-8'?>"})
+    {
+        EXPECT_TRUE(parse(front + "<l/>")) << front;
+    }
+    const ExpectReports reports{"f.xml:2:4: The encoding koi8-r is not known"};
+    EXPECT_FALSE(parse("<?xml version='1.0'\tencoding \r\n= 'koi8-r'?><l/>"));
 }
 
 namespace
@@ -392,6 +410,24 @@ TEST_F(OpenSectionTest, AFileOfAHundredMegabytesIsRead)
     EXPECT_EQ(section->readString("a").size(), SIZE);
 }
 
+TEST_F(OpenSectionTest, AFileTakesLessThanThreeTimesItsSizeWhateverItIsWrittenIn)
+{
+    constexpr std::size_t SIZE = 4'000'000;
+    const std::string blanks(SIZE, ' ');
+    std::string wide = "\xFF\xFE<\0l\0>\0"s;
+    wide += repeated("\x42\x30", SIZE / 2) + "<\0/\0l\0>\0"s; // three bytes each in UTF-8
+    m_disk.write("root/plain.xml", "<l>" + blanks + "</l>");
+    m_disk.write("root/latin.xml", "<?xml version='1.0' encoding='latin1'?><l>" + blanks + "</l>");
+    m_disk.write("root/wide.xml", wide);
+    for (const char* name : {"plain.xml", "latin.xml", "wide.xml"})
+    {
+        const HeapPeak peak;
+        EXPECT_TRUE(open(name)) << name;
+        EXPECT_GT(peak.bytes(), SIZE) << name;
+        EXPECT_LT(peak.bytes(), 3 * SIZE) << name;
+    }
+}
+
 TEST_F(OpenSectionTest, AFileBeyondTheLimitIsRefusedUnread)
 {
     const auto path = m_disk.write("root/huge.xml");
@@ -423,6 +459,26 @@ TEST_F(OpenSectionTest, ACreatorMakesTheNewSection)
     EXPECT_EQ(childNames(Kodo::FS::Utils::openSection("defs/new.xml", true, &creator)),
               (std::vector{"made"s}));
     EXPECT_FALSE(Kodo::FS::Utils::openSection("defs/new.xml", false, &creator)) << "none was asked for";
+}
+
+TEST_F(OpenSectionTest, TheTextOfASectionIsGivenInUtf8AndOfWhatIsNoneNothing)
+{
+    using Kodo::FS::Utils::readSectionText;
+    m_disk.write("root/latin.xml", "<?xml version='1.0' encoding='latin1'?><l>\xE4 &amp;</l>");
+    m_disk.write("root/wide.xml", "<\0l\0/\0>\0"sv);
+    m_disk.write("root/open.xml", "<l>");
+    m_disk.write("root/tail.xml", "<l/>tail");
+    std::string text;
+    EXPECT_TRUE(readSectionText(text, "latin.xml"));
+    EXPECT_EQ(text, "<?xml version='1.0' encoding='latin1'?><l>\xC3\xA4 &amp;</l>");
+    EXPECT_TRUE(readSectionText(text, "wide.xml"));
+    EXPECT_EQ(text, "<l/>");
+    for (const char* none : {"open.xml", "tail.xml", "none.xml", "", "../root/latin.xml"}) // in silence
+    {
+        text = "before";
+        EXPECT_FALSE(readSectionText(text, none)) << none;
+        EXPECT_EQ(text, "");
+    }
 }
 
 TEST(RemoveExtensionTest, TakesTheLastExtensionOfTheFilesName)

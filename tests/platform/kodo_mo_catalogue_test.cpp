@@ -160,6 +160,8 @@ TEST(MoCatalogueFaultTest, OtherCharsetsAreRefused)
 {
     expectFault(MoFile({MoFile::header("KOI8-R"), {"a", "\xC1"}}).bytes(),
                 "the catalogue is written in koi8-r, not in UTF-8");
+    expectFault(MoFile({MoFile::header(std::string(1'000'000, 'x')), {"a", "A"}}).bytes(),
+                "the catalogue is written in " + std::string(40, 'x') + "..., not in UTF-8");
 }
 
 TEST(MoCatalogueFaultTest, WhatIsNoCatalogueIsRefused)

@@ -133,7 +133,6 @@ std::size_t compare(const Kodo::Loom::UiResourceManager& manager, const std::str
 void compareAll(const std::string& program, std::size_t leastMessages)
 {
     std::string files;
-    std::vector<std::string> refused;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(LOCALES, error))
     {

@@ -253,6 +253,11 @@ TEST(ResourceMapFaultTest, ANumberBeyondAllNumbersIsAFaultAsAnyOther)
     expectReports("{\n  \"x\": 1e999\n}", {"map.json:2:12: number overflow parsing '1e999'"}, false);
 }
 
+TEST(ResourceMapFaultTest, AMapDoesNotEndAtANul)
+{
+    expectReports(std::string("{}\n\0{", 5), {"map.json:2:1: a NUL in the text"}, false);
+}
+
 TEST(ResourceMapFaultTest, AMapWithoutItsMainMembersIsNone)
 {
     expectReports("[]", {"map.json: the resource map is no object"}, false);
@@ -282,6 +287,48 @@ TEST(ResourceMapFaultTest, AWrongEntryIsIgnoredAndReported)
                   {"map.json: /fallbacks is no object; it is ignored",
                    "map.json: /language is \"de\", which has no catalogue"},
                   true);
+}
+
+TEST(ResourceMapFaultTest, ACatalogueWithoutAFileIsIgnoredAndReported)
+{
+    expectReports(R"({"language": "de", "catalogues": {"vehicles": {"de": ""}}})",
+                  {"map.json: /catalogues/vehicles/de names no file; it is ignored",
+                   "map.json: /language is \"de\", which has no catalogue"},
+                  true);
+}
+
+TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
+{
+    const TextResources resources;
+    resources.write("map.json", "{\"language\": \"" + std::string(1'000'000, 'x'));
+    const CollectReports reports;
+    EXPECT_FALSE(Manager().initialize());
+    ASSERT_EQ(reports.texts().size(), 1U);
+    const std::string& text = reports.texts().front();
+    EXPECT_TRUE(text.starts_with("map.json:1:1000015: syntax error while parsing value - invalid string: "
+                                 "missing closing quote; last read: '\"xxx"))
+        << text.substr(0, 200);
+    EXPECT_LT(text.size(), 300U);
+}
+
+TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
+{
+    constexpr int COUNT = 50'000; // a look at all pairs of them would go on for minutes
+    std::string domains;
+    std::string fallbacks;
+    for (int i = 0; i < COUNT; ++i)
+    {
+        const std::string name = std::to_string(i);
+        domains += (i > 0 ? ",\"d" : "\"d") + name + "\":{\"l" + name + "\":\"x.mo\"}";
+        fallbacks += (i > 0 ? ",\"l" : "\"l") + std::to_string(COUNT - 1);
+        fallbacks += '"';
+    }
+    const TextResources resources;
+    resources.write("map.json", R"({"language": "l0", "catalogues": {)" + domains +
+                                    R"(}, "fallbacks": {"l0": [)" + fallbacks + "]}}");
+    Manager manager;
+    EXPECT_TRUE(manager.initialize());
+    EXPECT_EQ(manager.languages().size(), static_cast<std::size_t>(COUNT));
 }
 
 TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)

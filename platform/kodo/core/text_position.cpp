@@ -33,4 +33,17 @@ std::string textPosition(std::string_view name, std::string_view text, std::size
     return std::string(name) + ':' + std::to_string(line) + ':' + std::to_string(column);
 }
 
+std::string shortened(std::string_view text, std::size_t limit)
+{
+    if (text.size() <= limit)
+    {
+        return std::string(text);
+    }
+    while (limit > 0 && !beginsCharacter(text[limit]))
+    {
+        --limit;
+    }
+    return std::string(text.substr(0, limit)) + "...";
+}
+
 } // namespace Kodo

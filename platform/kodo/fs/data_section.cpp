@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr std::string_view BLANKS = " \t\r\n";
+constexpr const char* LOOSE_TEXT = "Text outside of the root element";
 
 bool isElement(const pugi::xml_node& node) noexcept
 {
@@ -96,7 +97,7 @@ FS::TextFault faultOutsideRoot(const pugi::xml_document& document, std::size_t s
         const bool isText = node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
         if (isText || (isElement(node) && root))
         {
-            return {isText ? "Text outside of the root element" : "A second root element",
+            return {isText ? LOOSE_TEXT : "A second root element",
                     static_cast<std::size_t>(std::max<std::ptrdiff_t>(node.offset_debug(), 0))};
         }
         root = isElement(node) ? node : root;
@@ -133,7 +134,12 @@ SmartPointer<DataSection> DataSectionLoader::section(const SmartPointer<DataSect
 void DataSectionLoader::report(const std::string& name, FS::FileContent text, const FS::TextFault& fault)
 {
     FS::makeUtf8(text); // as the parser saw it, before it worked on it
-    DebugMessageHelper(0, 5).message(textPosition(name, text.view(), fault.offset) + ": " + fault.what);
+    std::size_t place = fault.offset;
+    if (fault.what == LOOSE_TEXT) // to the parser it begins with the blanks in front of it
+    {
+        place = std::min(text.view().find_first_not_of(BLANKS, place), text.size);
+    }
+    DebugMessageHelper(0, 5).message(textPosition(name, text.view(), place) + ": " + fault.what);
 }
 
 SmartPointer<const DataSection> ConstDataSectionIterator::operator*() const

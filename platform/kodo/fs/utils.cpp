@@ -5,7 +5,9 @@
 #include "kodo/fs/file_content.hpp"
 #include "kodo/fs/multi_file_system.hpp"
 #include "kodo/fs/native_path.hpp"
+#include "kodo/fs/xml_text.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -84,6 +86,26 @@ SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool mak
         DataSectionLoader::report(name, std::move(again), fault);
     }
     return section;
+}
+
+bool readSectionText(std::string& out, const BasicStringRef<char>& path)
+{
+    out.clear();
+    FileContent text;
+    if (readFile(text, path.toString(), DataSection::MAX_FILE_SIZE) != FileReading::Done)
+    {
+        return false;
+    }
+    FileContent copy = FileContent::ofSize(text.size); // the loader works in the bytes
+    std::copy_n(text.data.get(), text.size, copy.data.get());
+    TextFault fault;
+    if (!DataSectionLoader::load(std::move(copy), fault))
+    {
+        return false;
+    }
+    makeUtf8(text);
+    out = text.view();
+    return true;
 }
 
 BasicStringRef<char> removeExtension(const BasicStringRef<char>& path)

@@ -21,10 +21,13 @@ KODO_API std::string appPath();
 /// and with one message when the file cannot be read or is not well-formed.
 ///
 /// With @p makeNew a name that stands for nothing gives an empty section in memory (nothing is written), made
-/// by
-/// @p creator where there is one.
+/// by @p creator where there is one.
 KODO_API SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew = false,
                                                DataSectionCreator* creator = nullptr);
+
+/// The text that openSection() makes a tree of, in UTF-8 whatever the file is written in, for those who look up
+/// places in it. False, in silence and with @p out emptied, where there would be no tree.
+KODO_API bool readSectionText(std::string& out, const BasicStringRef<char>& path);
 
 /// The part of a name in front of its last extension: of "a/b.c.d" it is "a/b.c". Dots in directories and at
 /// the front of a file's name begin none: ".hidden", "a.b/c", "." and ".." stay as they are. Refers to the

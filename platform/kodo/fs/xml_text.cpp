@@ -1,5 +1,7 @@
 #include "kodo/fs/xml_text.hpp"
 
+#include "kodo/core/text_position.hpp"
+
 #include <boost/locale/utf.hpp>
 
 #include <algorithm>
@@ -17,26 +19,47 @@ namespace
 using namespace std::literals;
 namespace utf = boost::locale::utf;
 
-void replace(FileContent& text, std::string_view bytes)
+constexpr std::string_view BLANKS = " \t\r\n";
+constexpr std::size_t LONGEST_NAME = 40; ///< of an encoding, in a message
+
+/// How many bytes of UTF-8 a unit of UTF-16 needs at most; half of a pair may stand alone.
+std::size_t bytesFor(char16_t unit) noexcept
 {
-    FileContent copy = FileContent::ofSize(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), copy.data.get());
-    text = std::move(copy);
+    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
+}
+
+std::vector<char16_t> unitsOf(std::string_view bytes, bool bigEndian)
+{
+    std::vector<char16_t> units(bytes.size() / 2);
+    for (std::size_t i = 0; i < units.size(); ++i)
+    {
+        const auto first = static_cast<unsigned char>(bytes[2 * i]);
+        const auto second = static_cast<unsigned char>(bytes[2 * i + 1]);
+        units[i] = static_cast<char16_t>(bigEndian ? (first << 8U) | second : (second << 8U) | first);
+    }
+    return units;
+}
+
+void setEnd(FileContent& text, const char* end)
+{
+    text.size = static_cast<std::size_t>(end - text.data.get());
+    text.data[text.size] = '\0';
 }
 
 /// Half a unit at the end, and each lone surrogate, becomes U+FFFD.
 void convertUtf16(FileContent& text, bool bigEndian)
 {
     constexpr utf::code_point REPLACEMENT = 0xFFFD;
-    std::vector<char16_t> units(text.size / 2);
-    for (std::size_t i = 0; i < units.size(); ++i)
+    const std::vector<char16_t> units = unitsOf(text.view(), bigEndian);
+    const bool endsInHalf = text.size % 2 != 0;
+    std::size_t size = endsInHalf ? 3 : 0;
+    for (const char16_t unit : units)
     {
-        const auto first = static_cast<unsigned char>(text.data[2 * i]);
-        const auto second = static_cast<unsigned char>(text.data[2 * i + 1]);
-        units[i] = static_cast<char16_t>(bigEndian ? (first << 8U) | second : (second << 8U) | first);
+        size += bytesFor(unit);
     }
-    std::string bytes;
-    bytes.reserve(units.size());
+    text = {}; // files may be large
+    text = FileContent::ofSize(size);
+    char* out = text.data.get();
     for (auto at = units.cbegin(); at != units.cend();)
     {
         const auto next = at + 1;
@@ -46,42 +69,60 @@ void convertUtf16(FileContent& text, bool bigEndian)
             character = REPLACEMENT;
             at = next;
         }
-        utf::utf_traits<char>::encode(character, std::back_inserter(bytes));
+        out = utf::utf_traits<char>::encode(character, out);
     }
-    if (text.size % 2 != 0)
-    {
-        utf::utf_traits<char>::encode(REPLACEMENT, std::back_inserter(bytes));
-    }
-    replace(text, bytes);
+    setEnd(text, endsInHalf ? utf::utf_traits<char>::encode(REPLACEMENT, out) : out);
 }
 
 void convertLatin1(FileContent& text)
 {
-    std::string bytes;
-    bytes.reserve(text.size + text.size / 8);
+    const auto beyondAscii =
+        std::count_if(text.view().begin(), text.view().end(),
+                      [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+    FileContent converted = FileContent::ofSize(text.size + static_cast<std::size_t>(beyondAscii));
+    char* out = converted.data.get();
     for (const char byte : text.view())
     {
-        utf::utf_traits<char>::encode(static_cast<unsigned char>(byte), std::back_inserter(bytes));
+        out = utf::utf_traits<char>::encode(static_cast<unsigned char>(byte), out);
     }
-    replace(text, bytes);
+    text = std::move(converted);
+}
+
+void skipBlanks(std::string_view& text) noexcept
+{
+    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
 }
 
 /// What stands for `encoding` in the XML declaration; empty when nothing does.
 std::string_view declaredEncoding(std::string_view text)
 {
-    if (!text.starts_with("<?xml"))
+    constexpr std::string_view BEGIN = "<?xml";
+    if (!text.starts_with(BEGIN))
     {
         return {};
     }
-    text = text.substr(0, text.find("?>"));
-    const std::size_t key = text.find("encoding");
-    const std::size_t open = text.find_first_of("\"'", key);
-    if (key == std::string_view::npos || open == std::string_view::npos)
+    text = text.substr(BEGIN.size(), text.find("?>") - BEGIN.size());
+    // Blanks, a name, "=", and a value in quotes, as often as there are.
+    while (!text.empty() && BLANKS.find(text.front()) != std::string_view::npos)
     {
-        return {};
+        skipBlanks(text);
+        const std::string_view name = text.substr(0, text.find_first_of(" \t\r\n="));
+        text.remove_prefix(name.size());
+        skipBlanks(text);
+        text.remove_prefix(text.starts_with('=') ? 1 : 0);
+        skipBlanks(text);
+        const std::size_t close = text.empty() ? std::string_view::npos : text.find(text.front(), 1);
+        if (close == std::string_view::npos || (text.front() != '"' && text.front() != '\''))
+        {
+            return {};
+        }
+        if (name == "encoding")
+        {
+            return text.substr(1, close - 1);
+        }
+        text.remove_prefix(close + 1);
     }
-    const std::size_t close = text.find(text[open], open + 1);
-    return close == std::string_view::npos ? std::string_view() : text.substr(open + 1, close - open - 1);
+    return {};
 }
 
 bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names)
@@ -109,7 +150,7 @@ TextFault convertDeclared(FileContent& text)
         convertLatin1(text);
         return {};
     }
-    return {"The encoding " + std::string(encoding) + " is not known",
+    return {"The encoding " + shortened(encoding, LONGEST_NAME) + " is not known",
             static_cast<std::size_t>(encoding.data() - text.data.get())};
 }
 

@@ -1,6 +1,7 @@
 #include "kodo/loom/mo_catalogue.hpp"
 
 #include "kodo/core/text_hash.hpp"
+#include "kodo/core/text_position.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -14,7 +15,8 @@ namespace
 {
 
 constexpr std::uint32_t MAGIC = 0x950412DE;
-constexpr std::size_t HEADER_SIZE = 20; ///< up to and with the place of the second table
+constexpr std::size_t HEADER_SIZE = 20;  ///< up to and with the place of the second table
+constexpr std::size_t LONGEST_NAME = 40; ///< of a charset, in a message
 
 constexpr std::uint32_t swapped(std::uint32_t value) noexcept
 {
@@ -155,7 +157,7 @@ MoCatalogue::MoCatalogue(FS::FileContent file, std::string& fault) : m_file(std:
     if (fault.empty() && !isLatin1 &&
         !isAmong(charset, {"", "utf-8", "utf8", "us-ascii", "ascii", "charset"}))
     {
-        fault = "the catalogue is written in " + charset + ", not in UTF-8";
+        fault = "the catalogue is written in " + shortened(charset, LONGEST_NAME) + ", not in UTF-8";
     }
     if (!fault.empty())
     {

@@ -29,6 +29,8 @@ public:
     const std::string& what() const noexcept { return m_what; }
 
 private:
+    static constexpr std::size_t LONGEST_REASON = 200;
+
     bool null() override { return true; }
     bool boolean(bool) override { return true; }
     bool number_integer(number_integer_t) override { return true; }
@@ -54,6 +56,7 @@ private:
         {
             m_what.erase(0, reason + 2);
         }
+        m_what = shortened(m_what, LONGEST_REASON); // it ends in what was read last, however long that is
         return false;
     }
 
@@ -71,6 +74,11 @@ public:
 
     bool read(std::string_view text)
     {
+        if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos) // to the parser the end
+        {
+            m_faults.push_back(textPosition(m_name, text, nul) + ": a NUL in the text");
+            return false;
+        }
         const Json root = Json::parse(text, nullptr, false);
         if (root.is_discarded())
         {
@@ -135,17 +143,34 @@ private:
             }
             for (const auto& [language, file] : files.items())
             {
-                if (file.is_string() && !language.empty())
-                {
-                    m_map.catalogues[domain][language] = file.get<std::string>();
-                }
-                else
-                {
-                    fault(path + "/" + language, language.empty() ? "names no language; it is ignored"
-                                                                  : "is no text; it is ignored");
-                }
+                readCatalogue(domain, language, file);
             }
         }
+    }
+
+    void readCatalogue(const std::string& domain, const std::string& language, const Json& file)
+    {
+        if (const char* const wrong = faultOf(language, file))
+        {
+            fault("/catalogues/" + domain + "/" + language, wrong);
+            return;
+        }
+        m_map.catalogues[domain][language] = file.get<std::string>();
+        m_spoken.insert(language);
+    }
+
+    /// Null for nothing.
+    static const char* faultOf(const std::string& language, const Json& file)
+    {
+        if (language.empty())
+        {
+            return "names no language; it is ignored";
+        }
+        if (!file.is_string())
+        {
+            return "is no text; it is ignored";
+        }
+        return file.get_ref<const std::string&>().empty() ? "names no file; it is ignored" : nullptr;
     }
 
     void readFallbacks(const Json& languages)
@@ -177,7 +202,7 @@ private:
         {
             fault(path, "is no text; it is ignored");
         }
-        else if (!m_map.hasCatalogue(fallback.get<std::string>()))
+        else if (!m_spoken.contains(fallback.get<std::string>()))
         {
             fault(path, "is \"" + fallback.get<std::string>() + "\", which has no catalogue; it is ignored");
         }
@@ -196,6 +221,7 @@ private:
     ResourceMap& m_map;
     const std::string& m_name;
     std::vector<std::string>& m_faults;
+    std::set<std::string> m_spoken; ///< the languages that have a catalogue
 };
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -128,6 +129,9 @@ public:
     }
 
 private:
+    /// The domains and catalogues of one language.
+    using Catalogued = std::vector<std::pair<const std::string*, const LazyCatalogue*>>;
+
     const Language& load()
     {
         const char* const path = m_owner.resourceMapPath();
@@ -173,6 +177,14 @@ private:
     void makeLanguages(const ResourceMap& map)
     {
         std::map<std::string, const LazyCatalogue*> byFile; // one file may serve several languages
+        std::map<std::string, Catalogued> byLanguage;
+        for (const auto& [domain, files] : map.catalogues)
+        {
+            for (const auto& [name, file] : files)
+            {
+                byLanguage[name].emplace_back(&domain, catalogue(byFile, file));
+            }
+        }
         for (const std::string& name : map.languages())
         {
             std::vector<std::string> order{name};
@@ -182,16 +194,22 @@ private:
             }
             Language& language = m_languages[name];
             language.name = name;
-            for (const auto& [domain, files] : map.catalogues)
+            std::set<std::string_view> added; // each counts where it stands first
+            for (const std::string& each : order)
             {
-                for (const std::string& each : order)
+                if (added.insert(each).second)
                 {
-                    if (const auto file = files.find(each); file != files.end())
-                    {
-                        language.domains[domain].push_back(catalogue(byFile, file->second));
-                    }
+                    addCatalogues(language, byLanguage[each]);
                 }
             }
+        }
+    }
+
+    static void addCatalogues(Language& language, const Catalogued& catalogues)
+    {
+        for (const auto& [domain, catalogue] : catalogues)
+        {
+            language.domains[*domain].push_back(catalogue);
         }
     }
 

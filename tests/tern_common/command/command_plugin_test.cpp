@@ -2,13 +2,13 @@
 
 #include "tern_common/command_system.hpp"
 
+#include "tests/support/plugin.hpp"
 #include "tests/support/temporary_directory.hpp"
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
 #include <memory>
+#include <optional>
 
 namespace
 {
@@ -18,10 +18,9 @@ TEST(CommandPluginTest, APluginsCommandsServeTheHostAndGoWithThePlugin)
     CommandSystem system;
     for (int cycle = 0; cycle < 20; ++cycle)
     {
-        void* const plugin = dlopen(TERN_BOUNDARY_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(plugin, nullptr) << dlerror();
-        const auto lend = reinterpret_cast<void (*)(CommandObject&)>(dlsym(plugin, "lendCommands"));
-        const auto takeBack = reinterpret_cast<int (*)(CommandObject&)>(dlsym(plugin, "takeCommandsBack"));
+        std::optional<Plugin> plugin(TERN_BOUNDARY_PLUGIN);
+        const auto lend = plugin->entry<void(CommandObject&)>("lendCommands");
+        const auto takeBack = plugin->entry<int(CommandObject&)>("takeCommandsBack");
 
         lend(system.rootObject());
         {
@@ -32,8 +31,8 @@ TEST(CommandPluginTest, APluginsCommandsServeTheHostAndGoWithThePlugin)
         }
         EXPECT_EQ(takeBack(system.rootObject()), 2);
         EXPECT_EQ(system.rootObject().findChild("lent"), nullptr);
-        dlclose(plugin);
-        ASSERT_EQ(dlopen(TERN_BOUNDARY_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr);
+        plugin.reset();
+        ASSERT_FALSE(isMapped(TERN_BOUNDARY_PLUGIN));
         system.tick();
     }
 }

@@ -4,49 +4,16 @@
 #include "tern_common/localization/i_localization.hpp"
 
 #include "kodo/fs/multi_file_system.hpp"
+#include "tests/support/plugin.hpp"
 #include "tests/support/reports.hpp"
 #include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-
 #include <string>
 
 namespace
 {
-
-/// A plug-in, loaded for the lifetime of this object.
-class Plugin
-{
-public:
-    Plugin() : m_handle(dlopen(TERN_LOCALIZATION_PLUGIN, RTLD_NOW | RTLD_LOCAL))
-    {
-        EXPECT_NE(m_handle, nullptr) << dlerror();
-    }
-    Plugin(const Plugin&) = delete;
-    Plugin& operator=(const Plugin&) = delete;
-    ~Plugin() { dlclose(m_handle); }
-
-    template <class Function>
-    Function* entry(const char* name) const
-    {
-        return reinterpret_cast<Function*>(dlsym(m_handle, name));
-    }
-
-private:
-    void* m_handle;
-};
-
-bool isMapped(const char* library)
-{
-    void* const handle = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
-    if (handle != nullptr)
-    {
-        dlclose(handle);
-    }
-    return handle != nullptr;
-}
 
 class LocalizationBoundaryTest : public testing::Test
 {
@@ -66,7 +33,7 @@ TEST_F(LocalizationBoundaryTest, TheLibraryIsLoadedTranslatesAndIsGoneAgain)
     for (int cycle = 0; cycle < 100; ++cycle)
     {
         {
-            const Plugin plugin;
+            const Plugin plugin(TERN_LOCALIZATION_PLUGIN);
             ASSERT_TRUE(isMapped(TERN_COMMON_LIBRARY));
             ILocalization* const localization = plugin.entry<ILocalization*()>("lendLocalization")();
             ASSERT_EQ(localization->translate("tug"), "Harbour tug");
@@ -86,7 +53,7 @@ TEST_F(LocalizationBoundaryTest, TheLibraryLooksWhereEachLoadedProcessHasItsFile
 {
     for (const bool withRoot : {true, false, true})
     {
-        const Plugin plugin;
+        const Plugin plugin(TERN_LOCALIZATION_PLUGIN);
         const CollectReports reports; // of the resource map that is not there
         if (!withRoot)
         {
@@ -105,7 +72,7 @@ TEST_F(LocalizationBoundaryTest, TheLibraryLooksWhereEachLoadedProcessHasItsFile
 TEST_F(LocalizationBoundaryTest, ThePluginsObjectsGoWithIt)
 {
     {
-        const Plugin plugin;
+        const Plugin plugin(TERN_LOCALIZATION_PLUGIN);
         plugin.entry<ILocalization*()>("lendLocalization")(); // destroyed when the plug-in is unloaded
     }
     EXPECT_FALSE(isMapped(TERN_LOCALIZATION_PLUGIN));

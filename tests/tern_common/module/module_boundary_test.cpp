@@ -6,6 +6,7 @@
 #include "tern/meta_object.hpp"
 #include "tern/property_change_notifier.hpp"
 #include "tests/support/allocation_hook.hpp"
+#include "tests/support/plugin.hpp"
 #include "tests/support/reports.hpp"
 #include "tests/support/resource_tree.hpp"
 #include "tests/support/test_space.hpp"
@@ -14,7 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
 #include <link.h>
 
 #include <cstddef>
@@ -23,37 +23,6 @@
 
 namespace
 {
-
-class Plugin
-{
-public:
-    Plugin() : m_handle(dlopen(TERN_MODULE_PLUGIN, RTLD_NOW | RTLD_LOCAL))
-    {
-        EXPECT_NE(m_handle, nullptr) << dlerror();
-    }
-    Plugin(const Plugin&) = delete;
-    Plugin& operator=(const Plugin&) = delete;
-    ~Plugin() { dlclose(m_handle); }
-
-    template <class Function>
-    Function* entry(const char* name) const
-    {
-        return reinterpret_cast<Function*>(dlsym(m_handle, name));
-    }
-
-private:
-    void* m_handle;
-};
-
-bool isMapped(const char* library)
-{
-    void* const handle = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
-    if (handle != nullptr)
-    {
-        dlclose(handle);
-    }
-    return handle != nullptr;
-}
 
 /// What a library can leave behind.
 struct Census
@@ -83,7 +52,7 @@ struct Census
 TEST(ModuleBoundaryTest, ALoadedLibraryIsRegistered)
 {
     const Census before;
-    const Plugin plugin;
+    const Plugin plugin(TERN_MODULE_PLUGIN);
     const Census loaded;
     EXPECT_EQ(loaded.converters, before.converters + 1);
     EXPECT_EQ(loaded.cacheSlots, before.cacheSlots + 1);
@@ -100,7 +69,7 @@ TEST(ModuleBoundaryTest, AThousandTimesLoadedUsedAndUnloadedNothingIsLeft)
     const std::wstring script = (tree.path() / "count.script").wstring();
     const auto cycle = [&script]
     {
-        const Plugin plugin;
+        const Plugin plugin(TERN_MODULE_PLUGIN);
         ASSERT_EQ(plugin.entry<int(const wchar_t*)>("useAll")(script.c_str()), 14);
     };
     for (int warmUp = 0; warmUp < 20; ++warmUp)
@@ -125,7 +94,7 @@ TEST(ModuleBoundaryTest, CachesGoWithTheLibraryAndTheirSpacesStay)
     const TestSpace second(2);
     const auto cycle = [&]
     {
-        const Plugin plugin;
+        const Plugin plugin(TERN_MODULE_PLUGIN);
         ASSERT_GT(plugin.entry<int(int)>("useSpace")(first.id), 0);
         ASSERT_GT(plugin.entry<int(int)>("useSpace")(second.id), 0);
         ASSERT_NE(first.chunkSpace().cache(0), nullptr);

@@ -2,13 +2,12 @@
 
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_space_cache.hpp"
+#include "tests/support/plugin.hpp"
 #include "tests/support/polyline_curve.hpp"
 #include "tests/support/reports.hpp"
 #include "tests/support/test_space.hpp"
 
 #include <gtest/gtest.h>
-
-#include <dlfcn.h>
 
 #include <memory>
 #include <vector>
@@ -19,12 +18,9 @@ namespace
 TEST(ModulePluginTest, ACacheThatAPluginAskedForFirstStaysWithoutThePlugin)
 {
     const TestSpace space;
-    void* const plugin = dlopen(TERN_MODULE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(plugin, nullptr) << dlerror();
-    reinterpret_cast<void (*)(int)>(dlsym(plugin, "askForCache"))(space.id);
+    Plugin(TERN_MODULE_PLUGIN).entry<void(int)>("askForCache")(space.id);
     ASSERT_NE(space.chunkSpace().cache(CurveViewSpaceCache::instance.slot()), nullptr);
-    dlclose(plugin);
-    ASSERT_EQ(dlopen(TERN_MODULE_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    ASSERT_FALSE(isMapped(TERN_MODULE_PLUGIN));
 
     auto made = std::make_unique<PolylineCurve>(std::vector<Kodo::Vector3>{{0, 0, 0}, {1, 0, 0}});
     PolylineCurve& curve = *made;
