@@ -67,7 +67,7 @@ void CurveView::updatePoint(std::size_t index, std::size_t count)
         createControlPoints();
         return;
     }
-    if (TERN_COMMON_ASSERT(isWithin(index, count)))
+    if (count != 0 && TERN_COMMON_ASSERT(isWithin(index, count)))
     {
         refreshControlPoints(index, count);
     }

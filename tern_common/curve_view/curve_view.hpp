@@ -164,7 +164,7 @@ private:
 
     void createControlPoints();
     void deferControlPoints();
-    bool makeAllControlPoints();
+    bool makeAllControlPoints(std::size_t& count);
     void insertControlPoints(std::size_t index, std::size_t count);
     void refreshControlPoints(std::size_t index, std::size_t count);
     void refreshControlPoint(const Kodo::SmartPointer<CurveViewControlPoint>& point, std::size_t hint,

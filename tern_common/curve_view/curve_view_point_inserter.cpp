@@ -85,9 +85,11 @@ void CurveViewPointInserter::insertPoint(CurveView& view, std::size_t index)
 {
     Kodo::Matrix place = translation(view.m_points[index]);
     Kodo::Matrix toCurve = view.m_origin;
-    if (TERN_COMMON_ASSERT(toCurve.invert()) && view.m_curve)
+    const std::shared_ptr<CurveView::Presence> presence = view.m_presence;
+    TERN_COMMON_ASSERT(toCurve.invert()); // what the place is then is the model's to judge
+    place.postMultiply(toCurve);
+    if (presence->view != nullptr && view.m_curve && index < view.m_parameters.size())
     {
-        place.postMultiply(toCurve);
         view.m_curve->insertPoint(place.translation(), view.m_parameters[index]);
     }
 }

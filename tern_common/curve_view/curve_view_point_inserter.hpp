@@ -26,8 +26,9 @@ public:
 
     /// Takes the sample nearest to the line that @p ray lies on, before and behind its origin. The distance
     /// is measured with the direction as it is given, so it should have length 1. Without any sample nothing
-    /// happens. An origin of the view that can't be inverted is reported and nothing is inserted. Throws
-    /// std::bad_function_call when there is no function that visits the views.
+    /// happens. An origin of the view that can't be inverted is reported; the model is asked all the same,
+    /// with the right parameter and a place that means nothing. Throws std::bad_function_call when there is
+    /// no function that visits the views.
     void insert(const Kodo::Ray& ray, InsertType type);
 
 private:

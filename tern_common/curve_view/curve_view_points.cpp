@@ -1,6 +1,7 @@
 #include "kodo/core/main_thread_tracker.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "tern/property_change_notifier.hpp"
+#include "tern_common/assertion.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_new_points.hpp"
 #include "tern_common/curve_view/curve_view_presence.hpp"
@@ -8,7 +9,16 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <utility>
+
+namespace
+{
+
+/// Those that a call from within has overtaken, without the model having fewer points since.
+constexpr int MOST_VAIN_ATTEMPTS = 8;
+
+} // namespace
 
 void CurveView::createControlPoints()
 {
@@ -18,12 +28,24 @@ void CurveView::createControlPoints()
         deferControlPoints();
         return;
     }
-    // A model that removes points while they are being made has left none behind that could be kept.
+    // A model that removes points while they are being made has left none behind that could be kept. Each
+    // time it has fewer; one that only says so would keep this from ending.
     const std::shared_ptr<Presence> presence = m_presence;
-    bool isDone = false;
-    while (!isDone && presence->view != nullptr && m_curve && m_controlPoints.empty())
+    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    int vainAttempts = 0;
+    while (presence->view != nullptr && m_curve && m_controlPoints.empty())
     {
-        isDone = makeAllControlPoints();
+        std::size_t count = 0;
+        if (makeAllControlPoints(count))
+        {
+            return;
+        }
+        vainAttempts += count < fewest ? 0 : 1;
+        fewest = std::min(fewest, count);
+        if (!TERN_COMMON_ASSERT(vainAttempts < MOST_VAIN_ATTEMPTS))
+        {
+            return;
+        }
     }
 }
 
@@ -43,12 +65,13 @@ void CurveView::deferControlPoints()
 }
 
 /// False when a call from within has changed which control points there are: none of these are kept then.
-bool CurveView::makeAllControlPoints()
+/// @p count becomes what the model said it has.
+bool CurveView::makeAllControlPoints(std::size_t& count)
 {
     const std::shared_ptr<Presence> presence = m_presence;
     const std::size_t edits = presence->pointEdits;
     NewPoints made(m_spaceId);
-    const std::size_t count = m_curve->pointCount();
+    count = m_curve->pointCount();
     for (std::size_t i = 0; i < count && presence->pointEdits == edits; ++i)
     {
         if (Kodo::SmartPointer<CurveViewControlPoint> point = makeControlPoint(i))

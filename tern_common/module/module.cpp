@@ -32,9 +32,10 @@ using SmartItem = Kodo::SmartPointer<Item>;
 template <class T, class AnyVariant>
 T* addressIn(AnyVariant& variant, const char* expectedTypeName)
 {
-    if (T* const held = variant.template peek<std::remove_const_t<T>>())
+    T* const held = variant.template peek<std::remove_const_t<T>>();
+    if (held != nullptr || variant.type().type() == typeid(T))
     {
-        return held;
+        return held; // null where it was moved out
     }
     T* address = nullptr;
     if (!variant.tryCast(address))

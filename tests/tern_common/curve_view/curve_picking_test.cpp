@@ -1,3 +1,4 @@
+#include "kodo/core/debug_message_helper.hpp"
 #include "kodo/core/stack_tracker.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_point_inserter.hpp"
@@ -177,13 +178,24 @@ TEST_F(CurvePickingTest, CopiesVisitTheSameViews)
     EXPECT_EQ(insertionCount(), 2U);
 }
 
-TEST_F(CurvePickingTest, AnOriginThatCantBeInvertedIsReportedAndNothingInserted)
+TEST_F(CurvePickingTest, AnOriginThatCantBeInvertedIsReportedAndTheModelStillAsked)
 {
     show(2, Matrix::constructTransformationMatrix({}, Kodo::Quaternion(), {1, 0, 1}));
     const ExpectReports reports{"toCurve.invert()"};
-    inserter().insert(at(0), InsertType::Insert);
-    EXPECT_EQ(insertionCount(), 0U);
+    inserter().insert(at(0.25F), InsertType::Insert);
+    ASSERT_EQ(insertionCount(), 1U);
+    EXPECT_EQ(curves[0]->insertions[0].first, Vector3(0.25F, 0, 0));
+    EXPECT_EQ(curves[0]->insertions[0].second, 0.25F);
     EXPECT_EQ(reports.reports().at(0).path, "curve_view/curve_view_point_inserter.cpp");
+}
+
+TEST_F(CurvePickingTest, TheViewMayEndFromWithinThatReport)
+{
+    show(2, Matrix());
+    const CollectReports collect;
+    const Kodo::DebugMessageSink sink([this](const Kodo::DebugMessage&) { views[0].reset(); });
+    inserter().insert(at(0), InsertType::Insert);
+    EXPECT_EQ(space.itemCount(), 0U);
 }
 
 TEST_F(CurvePickingTest, AViewThatEndsOrShrinksWhileOthersAreVisitedIsNotTouched)

@@ -194,6 +194,21 @@ TEST_F(ControlPointTest, AnIdlePointIsDrawnWhereVisibleAndWhereHidden)
     }
 }
 
+TEST_F(ControlPointTest, APointIsDrawnTurnedAsItStandsAndAtItsOwnScale)
+{
+    const Point point = make({0, 0, 0});
+    const auto turn = Kodo::Quaternion::fromAngleAxis(1.0F, {0, 1, 0});
+    point->edTransform(Matrix::constructTransformationMatrix({0, 5, 40}, turn, {3, 3, 3}), {});
+    point->render(context);
+    for (const auto& sphere : context.spheres())
+    {
+        EXPECT_EQ(sphere.position, Vector3(0, 5, 40));
+        EXPECT_NEAR(sphere.rotation.y, turn.y, 1e-6F);
+        EXPECT_NEAR(sphere.rotation.w, turn.w, 1e-6F);
+        EXPECT_EQ(sphere.scale, Vector3(1, 1, 1)) << "not the transform's";
+    }
+}
+
 TEST_F(ControlPointTest, AHoveredPointIsDrawnOnceAndLarger)
 {
     const Point point = make({0, 0, 40});

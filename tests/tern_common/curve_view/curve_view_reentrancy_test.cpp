@@ -201,6 +201,34 @@ TEST_F(CurveViewReentrancyTest, TheViewMayEndFromWithinAnyCallOfTheModel)
     EXPECT_GT(ended, 150);
 }
 
+TEST_F(CurveViewReentrancyTest, AModelThatRemovesWheneverItIsAskedKeepsTheViewFromNothing)
+{
+    for (const bool removes : {true, false}) // or says so alone
+    {
+        show(5);
+        curve->onCall = [&](const std::string& operation)
+        {
+            if (operation == "pointObject" && (!removes || curve->keys.size() > 1))
+            {
+                if (removes)
+                {
+                    curve->keys.pop_back();
+                }
+                curve->pointRemoved(curve->keys.size(), 1);
+            }
+        };
+        {
+            const CollectReports collect;
+            view->update();
+            EXPECT_EQ(collect.texts().empty(), removes);
+        }
+        EXPECT_EQ(view->getControlPoints().size(), removes ? 1U : 0U);
+        curve->onCall = nullptr;
+        view->update();
+        expectInStep("settled");
+    }
+}
+
 TEST_F(CurveViewReentrancyTest, TheModelMayBeReplacedFromWithinItsOwnSignal)
 {
     show(3);

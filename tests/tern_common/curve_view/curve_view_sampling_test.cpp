@@ -100,7 +100,7 @@ TEST_F(CurveViewTest, AnInvalidCurveHasNoSamplesYetKeepsPoints)
     EXPECT_TRUE(context.commands().empty()) << "without samples nothing is drawn";
 }
 
-// The loop of the steps, as it stands in the contract, for those that end.
+// The loop of the steps, written plainly, for those that end.
 std::vector<float> plainSteps(float start, float length, float resolution)
 {
     std::vector<float> result;

@@ -257,8 +257,11 @@ TEST_F(CurveViewTest, RangesBeyondThePointsAreReportedAndIgnored)
     refuse([&] { view->updatePointAdded(MAX, MAX); }, "index != -1");
     EXPECT_EQ(space.itemCount(), 3U);
     // Nothing is no range beyond anything.
-    view->updatePoint(77, 0);
-    view->updatePointRemoved(77, 0);
+    for (const std::size_t index : {std::size_t{77}, MAX / sizeof(void*) / 2 + 1, MAX})
+    {
+        view->updatePoint(index, 0);
+        view->updatePointRemoved(index, 0);
+    }
     view->updatePointAdded(77, 0);
 }
 

@@ -146,7 +146,9 @@ TEST_F(CurveViewTest, MovingTakesWhatIsShownAndLeavesSignalsWithTheSource)
     show(2);
     view->setOrigin(translation({0, 1, 0}));
     view->setCurveColor(Colour32Bit(0xFF102030U));
+    view->setCurveColorDown(Colour32Bit(0xFF405060U));
     const auto before = points();
+    const ColourRGBAFloat colour = before[0]->getColor();
     CurveView moved(std::move(*view));
 
     EXPECT_EQ(moved.getCurve(), curve);
@@ -173,6 +175,8 @@ TEST_F(CurveViewTest, MovingTakesWhatIsShownAndLeavesSignalsWithTheSource)
     moved.getCurve()->pointRemoved(0, 0);
     EXPECT_EQ(moved.getControlPoints().size(), 4U);
     EXPECT_EQ(space.itemCount(), 4U);
+    EXPECT_EQ(moved.getControlPoints()[3]->getColor(), colour);
+    EXPECT_EQ(moved.getControlPoints()[3]->getOverlapColor(), ColourRGBAFloat(Colour32Bit(0xFF405060U)));
 }
 
 TEST_F(CurveViewTest, AMovedViewWhoseSourceIsGoneIsSafe)
@@ -258,6 +262,24 @@ TEST_F(CurveViewTest, DrawsSelectedPointsFirst)
         places.push_back(sphere.position.x);
     }
     EXPECT_EQ(places, (std::vector<float>{1, 1, 3, 3, 0, 0, 2, 2}));
+}
+
+TEST_F(CurveViewTest, DrawsTheLineThenThePointsThenThePreview)
+{
+    using Kind = Kodo::DebugDrawer::Context::Kind;
+    CurveView plain(std::make_unique<RecordingCurve>(1), space.id);
+    CurveViewSpaceCache::instance(space.chunkSpace()).collide({{0, 0, -1}, {0, 0, 1}}, false);
+    plain.setCurveColor(Colour32Bit(0xFF102030U)); // of the points, not of the preview
+    plain.render(context);
+    std::vector<Kind> kinds;
+    for (const auto& command : context.commands())
+    {
+        kinds.push_back(command.kind);
+    }
+    EXPECT_EQ(kinds,
+              (std::vector{Kind::Line, Kind::Line, Kind::Sphere, Kind::Sphere, Kind::Sphere, Kind::Sphere}));
+    EXPECT_EQ(context.spheres()[0].colour, plain.getControlPoints()[0]->getColor());
+    EXPECT_EQ(context.spheres()[2].colour, ColourRGBAFloat(Colour32Bit(0xFF2CFFA6U)));
 }
 
 TEST_F(CurveViewTest, ColoursReachDrawerAndPoints)

@@ -8,6 +8,7 @@
 #include "tests/support/allocation_hook.hpp"
 #include "tests/support/plugin.hpp"
 #include "tests/support/reports.hpp"
+#include "tests/support/resource_tree.hpp"
 #include "tests/support/test_space.hpp"
 #include "vell/meta_type.hpp"
 #include "vell/variant_converter.hpp"
@@ -61,10 +62,15 @@ TEST(ModuleBoundaryTest, ALoadedLibraryIsRegistered)
 
 TEST(ModuleBoundaryTest, AThousandTimesLoadedUsedAndUnloadedNothingIsLeft)
 {
-    const auto cycle = []
+    const ResourceTree tree;
+    tree.writeCatalogue("v", {{"tug", "Harbour tug"}});
+    tree.writeVehicles("ships", "<tug><userString>#v:tug</userString></tug>");
+    tree.write("count.script", "count(1)\n");
+    const std::wstring script = (tree.path() / "count.script").wstring();
+    const auto cycle = [&script]
     {
         const Plugin plugin(TERN_MODULE_PLUGIN);
-        ASSERT_EQ(plugin.entry<int()>("useAll")(), 11);
+        ASSERT_EQ(plugin.entry<int(const wchar_t*)>("useAll")(script.c_str()), 14);
     };
     for (int warmUp = 0; warmUp < 20; ++warmUp)
     {

@@ -6,20 +6,25 @@
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_space_cache.hpp"
 #include "tern_common/curve_view/space_curve_point_collider.hpp"
-#include "tern_common/query/query.hpp"
+#include "tern_common/localization/localization.hpp"
+#include "tern_common/query/query_controller.hpp"
 #include "tern_common/requests/open_resources_request.hpp"
 #include "tern_common/utils/color_generator.hpp"
 #include "tern_common/utils/finalizer.hpp"
+#include "tests/support/fake_query_edit.hpp"
 #include "tests/support/futures.hpp"
 #include "tests/support/recording_curve.hpp"
+#include "tests/support/recording_editor_manager.hpp"
 #include "tests/support/test_space.hpp"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-extern "C" QUA_SYMBOL_EXPORT int useAll();
+/// With a script that calls `count(1)`.
+extern "C" QUA_SYMBOL_EXPORT int useAll(const wchar_t* scriptPath);
 extern "C" QUA_SYMBOL_EXPORT int useSpace(int spaceId);
 extern "C" QUA_SYMBOL_EXPORT void askForCache(int spaceId);
 
@@ -34,14 +39,14 @@ public:
 protected:
     bool tokenize(const std::string& text, std::vector<Token>& tokens) override
     {
-        Token token;
+        Token token{};
         token.len = token.valueLen = text.size();
         tokens.push_back(token);
         return true;
     }
 };
 
-int useCommands()
+int useCommands(const std::wstring& scriptPath)
 {
     CommandSystem system;
     int calls = 0;
@@ -53,7 +58,11 @@ int useCommands()
                                    });
     const vell::Variant argument(1);
     system.rootObject().findCommand("count")->invoke(1, &argument).get();
-    system.tick();
+    system.parseScriptFile(scriptPath);
+    while (!system.isIdle())
+    {
+        system.tick();
+    }
     return calls;
 }
 
@@ -63,7 +72,44 @@ int useQuery()
     int changes = 0;
     const auto connection = query.connectChanged([&changes] { ++changes; });
     query.setQueryString("word");
+
+    FakeQueryEdit edit;
+    QueryController controller;
+    controller.setQuery(std::make_unique<WordQuery>());
+    controller.setEdit(&edit);
+    controller.setApplyingStrategy([](const Query*, const std::function<void()>&) { return true; });
+    const auto applied = controller.connectApplied([&changes](const auto&, const auto&) { ++changes; });
+    edit.enter("word");
+    controller.apply({});
+    controller.setEdit(nullptr);
     return changes;
+}
+
+int useLocalization()
+{
+    Localization localization;
+    return localization.translate("tug") == "Harbour tug" ? 1 : 0;
+}
+
+int useRequest()
+{
+    vell::OpenResourcesRequest request;
+    request.addResource("a");
+    RecordingEditorManager manager;
+    manager.newInstanceAllowed = false;
+    request.exec(&manager, false);
+    return static_cast<int>(request.resources().size());
+}
+
+int useUtilities()
+{
+    ColorGenerator colors;
+    int result = colors().a() == 1.0F ? 1 : 0;
+    {
+        Finalizer finalizer;
+        finalizer.add([&result] { ++result; });
+    }
+    return result;
 }
 
 int useCurve(int spaceId)
@@ -91,19 +137,11 @@ int useCurve(int spaceId)
 
 } // namespace
 
-int useAll()
+int useAll(const wchar_t* scriptPath)
 {
     const TestSpace space;
-    int result = useCurve(space.id) + useCommands() + useQuery();
-    ColorGenerator colors;
-    result += colors().a() == 1.0F ? 1 : 0;
-    vell::OpenResourcesRequest request;
-    request.addResource("a");
-    result += static_cast<int>(request.resources().size());
-    {
-        Finalizer finalizer;
-        finalizer.add([&result] { ++result; });
-    }
+    const int result = useCurve(space.id) + useCommands(scriptPath) + useQuery() + useLocalization() +
+                       useRequest() + useUtilities();
     const vell::Variant shared(std::shared_ptr<Kodo::ChunkItemBase>{});
     Kodo::SmartPointer<Kodo::ChunkItemBase> item;
     return result + (shared.tryCast(item) ? 100 : 0);

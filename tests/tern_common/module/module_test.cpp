@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 namespace
@@ -173,6 +174,20 @@ TEST_F(ChunkItemConversionTest, NullPointersChangeNothing)
     EXPECT_TRUE(
         TernCommonDetail::smartPointerFromShared(target, Variant(static_cast<const SharedItem*>(nullptr))));
     EXPECT_EQ(result, other);
+}
+
+TEST_F(ChunkItemConversionTest, WhatWasMovedOutChangesNothing)
+{
+    Variant source(shared(lamp));
+    const Variant taken(std::move(source));
+    Variant target(other);
+    EXPECT_TRUE(TernCommonDetail::smartPointerFromShared(target, source));
+    EXPECT_EQ(*target.peek<SmartItem>(), other);
+    SmartItem result = other;
+    EXPECT_TRUE(source.tryCast(result));
+    EXPECT_EQ(result, nullptr) << "as of any smart pointer that was moved out";
+    EXPECT_TRUE(taken.tryCast(result));
+    EXPECT_EQ(result, lamp);
 }
 
 std::string castErrorOf(Variant& target, const Variant& source)
