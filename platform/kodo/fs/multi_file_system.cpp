@@ -221,7 +221,8 @@ Opening MultiFileSystem::openPlain(Descriptor& out, const std::string& name, int
     {
         return Opening::Unsure;
     }
-    for (const Roots::Root& root : roots()->list())
+    const auto current = roots(); // held: roots may be added meanwhile
+    for (const Roots::Root& root : current->list())
     {
         std::string path;
         path.reserve(root.canonical.native().size() + 1 + name.size());
