@@ -25,8 +25,8 @@ KODO_API std::string appPath();
 KODO_API SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew = false,
                                                DataSectionCreator* creator = nullptr);
 
-/// The text that openSection() makes a tree of, in UTF-8 whatever the file is written in, for those who look up
-/// places in it. False, in silence and with @p out emptied, where there would be no tree.
+/// The text that openSection() makes a tree of, in UTF-8 whatever the file is written in, for those who look
+/// up places in it. False, in silence and with @p out emptied, where there would be no tree.
 KODO_API bool readSectionText(std::string& out, const BasicStringRef<char>& path);
 
 /// The part of a name in front of its last extension: of "a/b.c.d" it is "a/b.c". Dots in directories and at
