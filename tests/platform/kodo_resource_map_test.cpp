@@ -304,7 +304,7 @@ TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
     const CollectReports reports;
     EXPECT_FALSE(Manager().initialize());
     ASSERT_EQ(reports.texts().size(), 1U);
-    const std::string& text = reports.texts().front();
+    const std::string text = reports.texts().front();
     EXPECT_TRUE(text.starts_with("map.json:1:1000015: syntax error while parsing value - invalid string: "
                                  "missing closing quote; last read: '\"xxx"))
         << text.substr(0, 200);

@@ -57,6 +57,24 @@ void* operator new[](std::size_t size)
     return allocate(size);
 }
 
+// What comes from these goes through the operators below, whoever else brings forms of these.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try
+    {
+        return allocate(size);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    return operator new(size, tag);
+}
+
 void operator delete(void* memory) noexcept
 {
     release(memory);
