@@ -35,7 +35,7 @@ bool isFinite(const Position& position) noexcept
 
 bool isShowable(const Position& position) noexcept
 {
-    constexpr double LARGEST = static_cast<double>(std::numeric_limits<float>::max());
+    constexpr auto LARGEST = static_cast<double>(std::numeric_limits<float>::max());
     return std::all_of(position.begin(), position.end(),
                        [](double coordinate) { return std::abs(coordinate) <= LARGEST; });
 }

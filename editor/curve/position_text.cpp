@@ -24,7 +24,7 @@ double toDouble(float value)
 
 float toFloat(double value) noexcept
 {
-    constexpr double LARGEST = static_cast<double>(std::numeric_limits<float>::max());
+    constexpr auto LARGEST = static_cast<double>(std::numeric_limits<float>::max());
     return static_cast<float>(std::clamp(value, -LARGEST, LARGEST));
 }
 
