@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 namespace Kodo
 {
 
@@ -19,7 +21,7 @@ public:
     Inherits() = default;
     Inherits(const Inherits&) = default;
     Inherits& operator=(const Inherits&) = default;
-    Inherits& operator=(Inherits&&) = default;
+    Inherits& operator=(Inherits&&) noexcept(std::is_nothrow_move_assignable_v<Interface>) = default;
 };
 
 #if defined(__GNUC__)
