@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -58,16 +61,33 @@ TEST_F(CurveViewMemoryTest, SamplingAnewAllocatesNothing)
     EXPECT_EQ(allocations.count(), 0U);
 }
 
-TEST_F(CurveViewMemoryTest, TheFirstSamplingOfAnEvenCurveAllocatesOnce)
+TEST_F(CurveViewMemoryTest, TheFirstSamplingAllocatesOnceHoweverTheSegmentsDiffer)
 {
-    show(0);
-    for (int i = 0; i < 1000; ++i)
+    using Key = RecordingCurve::Key;
+    constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+    const auto even = [](float i) { return RecordingCurve::key(i); };
+    const auto uneven = [](float i) { return RecordingCurve::key(i, 1.0F + i / 20.0F); };
+    const auto tooShort = [](float i) { return RecordingCurve::key(i / 1000.0F); };
+    const auto shortAtFirst = [](float i) { return RecordingCurve::key(i < 900 ? i / 1000.0F : i); };
+    const auto toAndFro = [](float i) { return RecordingCurve::key(std::fmod(i * 7.0F, 10.0F), 5.0F); };
+    const auto withoutNumber = [](float i)
+    { return RecordingCurve::key(i, std::fmod(i, 3.0F) == 0.0F ? NOT_A_NUMBER : 6.0F); };
+    const auto fewLong = [](float i) { return RecordingCurve::key(i, i < 3 ? 60000.0F : 1.0F); };
+    for (const std::function<Key(float)>& key : std::vector<std::function<Key(float)>>{
+             even, uneven, tooShort, shortAtFirst, toAndFro, withoutNumber, fewLong})
     {
-        curve->keys.push_back(RecordingCurve::key(static_cast<float>(i)));
+        show(0);
+        for (int i = 0; i < 1000; ++i)
+        {
+            curve->keys.push_back(key(static_cast<float>(i)));
+        }
+        for (const std::size_t expected : {2U, 0U}) // the samples and their parameters, and never again
+        {
+            const AllocationCount allocations;
+            view->updatePointRemoved(0, 0);
+            EXPECT_EQ(allocations.count(), expected) << curve->keys.at(5).parameter;
+        }
     }
-    const AllocationCount allocations;
-    view->updatePointRemoved(0, 0);
-    EXPECT_EQ(allocations.count(), 2U) << "the samples and their parameters";
 }
 
 TEST_F(CurveViewMemoryTest, OneUpdatedPointCostsAsMuchAmongTenAsAmongThousands)
