@@ -88,6 +88,10 @@ void CurveView::setCurve(std::unique_ptr<IAbstractCurve> curve)
     presence->makeAllObsolete();
     m_connections.clear();
     std::swap(m_curve, curve);
+    if (curve == m_curve)
+    {
+        static_cast<void>(curve.release()); // given again, as getCurve() yields it: not an old one
+    }
     curve.reset(); // may call back in, and set yet another model: then that one is connected below
     if (presence->view == nullptr)
     {

@@ -128,15 +128,33 @@ TEST_F(CurveViewTest, MovedPointsExchangePlacesAndKeepTheirTransforms)
     EXPECT_EQ(points(), (std::vector{before[2], before[1], before[0]}));
 }
 
-TEST_F(CurveViewTest, RemovedPointsLeaveTheSceneLastFirst)
+TEST_F(CurveViewTest, PointsAreAddedAllAtOnce)
+{
+    constexpr std::size_t ADDED = 3000;
+    show(5000);
+    std::vector<RecordingCurve::Key> keys;
+    for (std::size_t i = 0; i < ADDED; ++i)
+    {
+        keys.push_back(RecordingCurve::key(1000.0F));
+    }
+    curve->insert(1000, keys);
+    std::size_t earlier = 0;
+    curve->onCall = [&](const std::string& operation)
+    { earlier += operation == "pointObject" && view->getControlPoints().size() != 5000 ? 1U : 0U; };
+    curve->pointAdded(1000, ADDED);
+    curve->onCall = nullptr;
+    EXPECT_EQ(earlier, 0U) << "those behind them make way once, not for each";
+    EXPECT_EQ(points().size(), 5000 + ADDED);
+    EXPECT_EQ(curve->calls["pointObject"], ADDED);
+    EXPECT_EQ(curve->calls["pointPosition"], ADDED + 1) << "and the last sample";
+    EXPECT_LE(curve->calls["pointCount"], 2U);
+    EXPECT_EQ(curve->calls["isValid"], 2U) << "by the handler and by its sampling";
+}
+
+TEST_F(CurveViewTest, RemovedPointsLeaveTheScene)
 {
     show(5);
     const auto before = points();
-    std::vector<std::string> order;
-    for (auto& key : curve->keys)
-    {
-        key.object.reset();
-    }
     curve->erase(1, 3);
     curve->pointRemoved(1, 3);
     EXPECT_EQ(points(), (std::vector{before[0], before[4]}));
@@ -171,6 +189,34 @@ TEST_F(CurveViewTest, PointsAreDestroyedLastFirstOnRemovalAndFirstFirstOnDestruc
         removal ? curve->pointRemoved(0, 4) : curve->changed();
         EXPECT_EQ(order, removal ? (std::vector{3, 2, 1, 0}) : (std::vector{0, 1, 2, 3}));
     }
+}
+
+TEST_F(CurveViewTest, PointsAreRemovedAllAtOnce)
+{
+    constexpr std::size_t REMOVED = 3000;
+    show(0);
+    std::size_t gone = 0;
+    std::size_t earlier = 0;
+    for (std::size_t i = 0; i < 8000; ++i)
+    {
+        curve->keys.push_back(RecordingCurve::key(static_cast<float>(i)));
+        curve->keys.back().object = std::make_shared<MortalObject>(
+            [&]
+            {
+                ++gone;
+                earlier += view && view->getControlPoints().size() != 8000 - REMOVED ? 1U : 0U;
+            });
+    }
+    view->update();
+    curve->calls.clear();
+    curve->erase(1000, REMOVED);
+    curve->pointRemoved(1000, REMOVED);
+    EXPECT_EQ(gone, REMOVED);
+    EXPECT_EQ(earlier, 0U) << "those behind them close up once, not for each";
+    EXPECT_EQ(curve->calls["pointObject"], 0U);
+    EXPECT_EQ(curve->calls["pointPosition"], 1U) << "the last sample";
+    EXPECT_EQ(space.scene().objectCount(), 8000 - REMOVED);
+    view.reset();
 }
 
 TEST_F(CurveViewTest, RemovingNoneOnlySamplesAnew)
