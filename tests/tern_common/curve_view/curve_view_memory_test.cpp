@@ -1,4 +1,5 @@
 #include "tern_common/curve_view/curve_view.hpp"
+#include "tern_common/curve_view/curve_view_space_cache.hpp"
 #include "tests/support/allocation_hook.hpp"
 #include "tests/support/recording_curve.hpp"
 #include "tests/support/recording_drawer.hpp"
@@ -187,6 +188,66 @@ TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutTheViewStaysWhole)
             break;
         }
     }
+}
+
+TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutThereIsOneGhostOrNone)
+{
+    show(2);
+    auto& cache = CurveViewSpaceCache::instance(space.chunkSpace());
+    std::size_t failures = 0;
+    for (bool failed = true; failed; ++failures)
+    {
+        cache.collide({{0, 0, -1}, {0, 0, 1}}, false);
+        ASSERT_EQ(space.itemCount(), 3U);
+        failed = false;
+        try
+        {
+            const FailingAllocation failing(failures);
+            cache.collide({{0, 0, -1}, {0, 0, 1}}, false);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        EXPECT_TRUE(space.itemCount() == 3 || (failed && space.itemCount() == 2)) << failures;
+        view->render(context);
+        EXPECT_EQ(space.itemCount(), 2U) << failures << ": what is there is the view's";
+    }
+    EXPECT_GT(failures, 3U);
+}
+
+TEST_F(CurveViewMemoryTest, DestructionNeedsNoMemory)
+{
+    show(3);
+    CurveViewSpaceCache::instance(space.chunkSpace()).collide({{0, 0, -1}, {0, 0, 1}}, false);
+    ASSERT_EQ(space.itemCount(), 4U);
+    const FailingAllocation failing(0);
+    view.reset();
+    EXPECT_EQ(space.itemCount(), 0U);
+}
+
+TEST_F(CurveViewMemoryTest, AMoveWithoutMemoryTakesNothing)
+{
+    show(3);
+    for (std::size_t successes = 0;; ++successes)
+    {
+        try
+        {
+            const FailingAllocation failing(successes);
+            const CurveView moved(std::move(*view));
+            EXPECT_EQ(moved.getControlPoints().size(), 3U);
+            break;
+        }
+        catch (const std::bad_alloc&)
+        {
+            EXPECT_EQ(view->getCurve(), curve);
+            EXPECT_EQ(view->getControlPoints().size(), 3U);
+            EXPECT_EQ(view->curveThickness(), 1.2F);
+            curve->changed();
+            EXPECT_EQ(view->getControlPoints().size(), 3U);
+        }
+    }
+    EXPECT_EQ(space.itemCount(), 0U);
 }
 
 TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutInAConstructorNothingIsLeft)

@@ -89,7 +89,7 @@ TEST_F(CurveViewTest, OneUpdateTouchesOnePointOfTenThousand)
     curve->pointUpdated(4567, 1);
     EXPECT_EQ(curve->calls["pointPosition"], 2U) << "the point moved, and the last sample";
     EXPECT_EQ(curve->calls["pointObject"], 0U);
-    EXPECT_EQ(curve->calls["pointCount"], 1U);
+    EXPECT_EQ(curve->calls["pointCount"], 2U) << "by the sampling, and for the range";
     EXPECT_EQ(curve->calls["positionAt"], 9999U * 4U);
 }
 
@@ -286,7 +286,8 @@ TEST_F(CurveViewTest, RangesBeyondThePointsAreReportedAndIgnored)
     for (const Range r : {Range{3, 1}, Range{0, 4}, Range{2, 2}, Range{1, MAX}, Range{MAX, 1},
                           Range{MAX, MAX}, Range{2, MAX - 1}})
     {
-        refuse([&] { view->updatePoint(r.first, r.second); }, "isWithin(index, count)");
+        refuse([&] { view->updatePoint(r.first, r.second); },
+               "isWithin(index, count) && index + count <= pointCount");
         refuse([&] { view->updatePointRemoved(r.first, r.second); }, "isWithin(index, count)");
     }
     for (const Range r : {Range{3, 0}, Range{0, 3}, Range{MAX, 0}, Range{0, MAX}, Range{MAX, MAX}})
@@ -309,6 +310,31 @@ TEST_F(CurveViewTest, RangesBeyondThePointsAreReportedAndIgnored)
         view->updatePointRemoved(index, 0);
     }
     view->updatePointAdded(77, 0);
+}
+
+TEST_F(CurveViewTest, AModelIsNotAskedForPointsBeyondThoseItCounts)
+{
+    show(5);
+    const auto before = points();
+    curve->keys.resize(3); // and does not say so
+    curve->calls.clear();
+    for (const auto& [index, count] : {std::pair<std::size_t, std::size_t>{3, 1}, {4, 1}, {1, 3}, {0, 5}})
+    {
+        const ExpectReports reports{"isWithin(index, count) && index + count <= pointCount"};
+        curve->pointUpdated(index, count);
+    }
+    {
+        const ExpectReports reports{
+            "index <= m_controlPoints.size() && index <= pointCount && count <= pointCount - index"};
+        curve->pointAdded(3, 1);
+    }
+    EXPECT_EQ(curve->calls["pointPosition"], 5U) << "the last sample of each sampling";
+    EXPECT_EQ(points(), before);
+    curve->pointUpdated(0, 3);
+    curve->pointMoved(3, 4); // of the view alone
+    EXPECT_EQ(points()[3], before[4]);
+    curve->pointRemoved(3, 2);
+    EXPECT_EQ(points().size(), 3U);
 }
 
 TEST_F(CurveViewTest, AnIndexOfMinusOneIsReportedEvenWhereTheRestIsNotDone)
