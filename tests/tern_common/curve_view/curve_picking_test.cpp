@@ -85,8 +85,7 @@ protected:
     Kodo::DebugDrawer::Context context;
 };
 
-// --- Insertion
-// ----------------------------------------------------------------------------------------------
+// --- Insertion -------------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, InsertsTheNearestSampleInTheSpaceOfItsCurve)
 {
@@ -237,8 +236,7 @@ TEST_F(CurvePickingTest, TheModelsNewPointReachesTheView)
     EXPECT_EQ(views[0]->getControlPoints()[1]->edTransform().m[3][0], 0.5F);
 }
 
-// --- The preview
-// --------------------------------------------------------------------------------------------
+// --- The preview -----------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, AGhostIsShownForOneFrame)
 {
@@ -291,8 +289,7 @@ TEST_F(CurvePickingTest, AGhostStaysThroughUpdatesAndCantBeDeleted)
     EXPECT_TRUE(curves[0]->removals.empty());
 }
 
-// --- The cache
-// ----------------------------------------------------------------------------------------------
+// --- The cache -------------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, ACacheWithoutViewsDoesNothing)
 {
@@ -363,8 +360,7 @@ TEST_F(CurvePickingTest, CacheOperationsHaveScopesOfTheirNames)
                          "CurveViewSpaceCache::collide", "CurveViewPointInserter::insert"}));
 }
 
-// --- Picking control points
-// -----------------------------------------------------------------------------------
+// --- Picking control points ------------------------------------------------------------------------------
 
 /// Something else that stands in the space and can be hit.
 class Lamp : public Kodo::EditorCustomChunkItem

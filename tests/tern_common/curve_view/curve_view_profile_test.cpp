@@ -17,7 +17,6 @@ namespace
 {
 
 using Kodo::Matrix;
-using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 
 class CurveViewProfileTest : public CurveViewTest

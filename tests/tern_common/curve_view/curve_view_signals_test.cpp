@@ -4,19 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 namespace
 {
 
-using Kodo::Matrix;
 using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 using Kodo::Render::ColourRGBAFloat;

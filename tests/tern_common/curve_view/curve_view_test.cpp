@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -20,7 +19,6 @@ namespace
 {
 
 using Kodo::Matrix;
-using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 using Kodo::Render::ColourRGBAFloat;
 
@@ -228,27 +226,37 @@ TEST_F(CurveViewTest, AMovedViewIsNotEnabledByThat)
 
 TEST_F(CurveViewTest, AModelMayEmitWhileAViewIsBeingMade)
 {
-    for (const char* const operation :
-         {"pointCount", "pointObject", "isValid", "positionAt", "pointPosition"})
+    const auto emitWithin = [this](const std::string& operation, std::size_t nth)
     {
         auto made = std::make_unique<RecordingCurve>(3);
         RecordingCurve& model = *made;
-        actWithin(model, operation, 1,
+        actWithin(model, operation, nth,
                   [&model]
                   {
                       ASSERT_NE(model.m_view, nullptr);
                       model.insert(1, {RecordingCurve::key(0.5F)});
                       model.pointAdded(1, 1);
                   });
-        const CurveView fresh(std::move(made), space.id);
-        ASSERT_EQ(model.keys.size(), 4U) << operation;
-        ASSERT_EQ(fresh.getControlPoints().size(), 4U) << operation;
-        for (std::size_t i = 0; i < 4; ++i)
+        CurveView fresh(std::move(made), space.id);
+        const std::size_t count = model.keys.size();
+        ASSERT_EQ(fresh.getControlPoints().size(), count);
+        for (std::size_t i = 0; i < count; ++i)
         {
-            EXPECT_EQ(fresh.getControlPoints()[i]->getRefObject().object(), model.keys[i].object.get())
-                << operation << ' ' << i;
+            EXPECT_EQ(fresh.getControlPoints()[i]->getRefObject().object(), model.keys[i].object.get()) << i;
         }
-        EXPECT_EQ(space.itemCount(), 4U) << operation;
+        EXPECT_EQ(space.itemCount(), count);
+        context.clear();
+        fresh.render(context);
+        EXPECT_EQ(context.points().size(), 2 * ((count - 1) * 4 + 1));
+    };
+    for (const char* const operation : {"pointCount", "pointObject", "isValid", "pointParameter",
+                                        "segmentResolution", "positionAt", "pointPosition"})
+    {
+        for (std::size_t nth = 1; nth <= 8; ++nth)
+        {
+            SCOPED_TRACE(operation + std::to_string(nth));
+            emitWithin(operation, nth);
+        }
     }
 }
 
