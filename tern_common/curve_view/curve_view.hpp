@@ -49,7 +49,10 @@ public:
         /// Whether the curve can be shown and edited now.
         virtual bool isValid() const = 0;
         virtual Kodo::Vector3 pointPosition(std::size_t index) const = 0;
+        /// The user wants a point at a place in the curve's space and at a parameter: what the model does
+        /// about it, it emits.
         virtual void insertPoint(const Kodo::Vector3& position, float parameter) = 0;
+        /// The user wants a point removed: what the model does about it, it emits.
         virtual void removePoint(std::size_t index) = 0;
         /// What stands for a point in the editor (property panels, undo).
         virtual tern::ReflectedObject pointObject(std::size_t index) const = 0;
