@@ -67,7 +67,14 @@ void CurveView::updatePoint(std::size_t index, std::size_t count)
         createControlPoints();
         return;
     }
-    if (count != 0 && TERN_COMMON_ASSERT(isWithin(index, count)))
+    if (count == 0)
+    {
+        return;
+    }
+    // The points as the model counts them as well: it is asked for these places.
+    const std::size_t pointCount = m_curve ? m_curve->pointCount() : 0;
+    if (presence->view != nullptr &&
+        TERN_COMMON_ASSERT(isWithin(index, count) && index + count <= pointCount))
     {
         refreshControlPoints(index, count);
     }

@@ -49,7 +49,10 @@ public:
         /// Whether the curve can be shown and edited now.
         virtual bool isValid() const = 0;
         virtual Kodo::Vector3 pointPosition(std::size_t index) const = 0;
+        /// The user wants a point at a place in the curve's space and at a parameter: what the model does
+        /// about it, it emits.
         virtual void insertPoint(const Kodo::Vector3& position, float parameter) = 0;
+        /// The user wants a point removed: what the model does about it, it emits.
         virtual void removePoint(std::size_t index) = 0;
         /// What stands for a point in the editor (property panels, undo).
         virtual tern::ReflectedObject pointObject(std::size_t index) const = 0;
@@ -77,14 +80,15 @@ public:
     CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, const Kodo::Matrix& origin);
     CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, std::unique_ptr<ICurveDrawer> drawer);
     /// Takes what the source shows, and no more: the curve's signals, its `m_view` and the control points'
-    /// deletion still go to the source, and this view is not enabled. Give it a curve by setCurve(), and call
-    /// enableCurveView(), before the source dies.
+    /// deletion still go to the source, and this view is not enabled. Give it a curve by setCurve(), be it
+    /// the one it has, and call enableCurveView(), before the source dies.
     CurveView(CurveView&& other); // NOLINT(performance-noexcept-move-constructor): it allocates
     CurveView& operator=(CurveView&&) = delete;
     /// Deletes the model last.
     virtual ~CurveView();
 
-    /// Replaces the model, deletes the old one, and shows the new one.
+    /// Replaces the model, deletes the old one, and shows the new one. The model it has may be given again,
+    /// as getCurve() yields it: it is connected and shown anew.
     void setCurve(std::unique_ptr<IAbstractCurve> curve);
     /// The model; owned by this view.
     IAbstractCurve* getCurve() const noexcept { return m_curve.get(); }

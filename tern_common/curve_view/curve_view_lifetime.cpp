@@ -43,18 +43,24 @@ CurveView::CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, std::un
     show(std::move(curve));
 }
 
+// Nothing is taken before what can throw has been done: the source keeps all then.
 // NOLINTNEXTLINE(performance-noexcept-move-constructor): it allocates
-CurveView::CurveView(CurveView&& other)
-    : m_curve(std::move(other.m_curve)), m_drawer(std::move(other.m_drawer)),
-      m_curveColor(other.m_curveColor), m_curveColorDown(other.m_curveColorDown),
-      m_keyColor(other.m_keyColor), m_keyHoverColor(other.m_keyHoverColor),
-      m_keySelectedColor(other.m_keySelectedColor), m_points(std::move(other.m_points)),
-      m_parameters(std::move(other.m_parameters)), m_controlPoints(std::move(other.m_controlPoints)),
-      m_origin(other.m_origin), m_spaceId(other.m_spaceId), m_ghostPoint(std::move(other.m_ghostPoint)),
-      m_connections(std::move(other.m_connections)), m_createJob(std::move(other.m_createJob)),
-      m_presence(std::make_shared<Presence>(Presence{this}))
+CurveView::CurveView(CurveView&& other) : CurveView(other.m_spaceId, other.m_origin, nullptr)
 {
     other.m_presence->makeAllObsolete();
+    m_curve = std::move(other.m_curve);
+    m_drawer = std::move(other.m_drawer);
+    m_curveColor = other.m_curveColor;
+    m_curveColorDown = other.m_curveColorDown;
+    m_keyColor = other.m_keyColor;
+    m_keyHoverColor = other.m_keyHoverColor;
+    m_keySelectedColor = other.m_keySelectedColor;
+    m_points = std::move(other.m_points);
+    m_parameters = std::move(other.m_parameters);
+    m_controlPoints = std::move(other.m_controlPoints);
+    m_ghostPoint = std::move(other.m_ghostPoint);
+    m_connections = std::move(other.m_connections);
+    m_createJob = std::move(other.m_createJob);
 }
 
 CurveView::~CurveView()
@@ -88,6 +94,10 @@ void CurveView::setCurve(std::unique_ptr<IAbstractCurve> curve)
     presence->makeAllObsolete();
     m_connections.clear();
     std::swap(m_curve, curve);
+    if (curve == m_curve)
+    {
+        static_cast<void>(curve.release()); // given again, as getCurve() yields it: not an old one
+    }
     curve.reset(); // may call back in, and set yet another model: then that one is connected below
     if (presence->view == nullptr)
     {

@@ -3,6 +3,7 @@
 #include "kodo/chunk/chunk_manager.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
 
+#include <span>
 #include <utility>
 
 /// Control points that are being made, and have entered the editor chunk of their space in that. They leave
@@ -23,7 +24,7 @@ public:
         }
         catch (...)
         {
-            leaveEditorChunk(m_spaceId, {std::move(point)});
+            leaveEditorChunk(m_spaceId, {&point, 1});
             throw;
         }
     }
@@ -32,7 +33,8 @@ public:
     ControlPoints take() noexcept { return std::exchange(m_points, {}); }
 
     /// Takes points out of the editor chunk, first to last.
-    static void leaveEditorChunk(int spaceId, const ControlPoints& points)
+    static void leaveEditorChunk(int spaceId,
+                                 std::span<const Kodo::SmartPointer<CurveViewControlPoint>> points)
     {
         if (points.empty())
         {

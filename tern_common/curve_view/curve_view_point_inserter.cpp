@@ -68,9 +68,9 @@ void CurveViewPointInserter::showGhost(CurveView& view, std::size_t index)
     const std::shared_ptr<CurveView::Presence> presence = view.m_presence;
     const int spaceId = view.m_spaceId;
     const Kodo::Matrix transform = translation(view.m_points[index]);
-    if (view.m_ghostPoint)
+    if (const auto old = std::exchange(view.m_ghostPoint, {}))
     {
-        CurveView::NewPoints::leaveEditorChunk(spaceId, {std::exchange(view.m_ghostPoint, {})});
+        CurveView::NewPoints::leaveEditorChunk(spaceId, {&old, 1});
     }
     CurveView::NewPoints made(spaceId);
     made.add(new CurveViewControlPoint([](CurveViewControlPoint*) {}, spaceId, tern::ReflectedObject(),

@@ -136,7 +136,7 @@ Kodo::SmartPointer<CurveViewControlPoint> CurveView::makeControlPoint(std::size_
         new CurveViewControlPoint(deleter, spaceId, std::move(object), transform);
     if (presence->pointEdits != edits) // making it may report, and whoever hears that may call in
     {
-        NewPoints::leaveEditorChunk(spaceId, {point});
+        NewPoints::leaveEditorChunk(spaceId, {&point, 1});
         return {};
     }
     point->setColor(TernCommonDetail::lightenedColour(m_curveColor),
@@ -213,8 +213,8 @@ void CurveView::destroyControlPoints()
 void CurveView::destroyGhostPoint()
 {
     KODO_PROFILE_SCOPE("CurveView::destroyGhostPoint");
-    if (m_ghostPoint)
+    if (const auto ghost = std::exchange(m_ghostPoint, {}))
     {
-        NewPoints::leaveEditorChunk(m_spaceId, {std::exchange(m_ghostPoint, {})});
+        NewPoints::leaveEditorChunk(m_spaceId, {&ghost, 1});
     }
 }

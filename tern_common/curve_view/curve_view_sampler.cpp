@@ -35,36 +35,17 @@ std::size_t CurveView::Sampler::count()
 
 bool CurveView::Sampler::addSegment(std::size_t index)
 {
-    const float start = m_curve->pointParameter(index);
-    if (!isCurrent())
+    Segment segment{};
+    if (!ask(index, segment))
     {
         return true;
     }
-    const float length = m_curve->pointParameter(index + 1) - start;
-    if (!isCurrent())
+    if (!segment.isDivided || !segment.ends)
     {
-        return true;
+        addSample(index, segment);
+        return segment.ends;
     }
-    if (!(std::fabs(length) >= LEAST_DIVIDED))
-    {
-        addSample(start);
-        return true;
-    }
-    const float step = length / m_curve->segmentResolution(index);
-    if (!isCurrent())
-    {
-        return true;
-    }
-    if (!TernCommonDetail::stepsEnd(length, step))
-    {
-        addSample(start);
-        return false;
-    }
-    if (length > 0.0F) // the way back has no samples
-    {
-        makeRoom(index, length / step);
-        addSamples(start, length, step);
-    }
+    addSamples(index, segment);
     return true;
 }
 
@@ -76,10 +57,17 @@ void CurveView::Sampler::addLastPoint(std::size_t index)
         return;
     }
     const float parameter = m_curve->pointParameter(index);
-    if (isCurrent())
+    if (!isCurrent())
     {
-        append(m_origin.applyPoint(position), parameter);
+        return;
     }
+    if (m_sampled == m_points.size())
+    {
+        grow(m_sampled + 1);
+    }
+    m_points[m_sampled] = m_origin.applyPoint(position);
+    m_parameters[m_sampled] = parameter;
+    ++m_sampled;
 }
 
 void CurveView::Sampler::finish()
@@ -93,29 +81,53 @@ void CurveView::Sampler::finish()
     }
 }
 
-void CurveView::Sampler::addSample(float parameter)
+/// Has the model describe a segment. False when that has made the sampling obsolete.
+bool CurveView::Sampler::ask(std::size_t index, Segment& segment) const
 {
-    const Kodo::Vector3 position = m_curve->positionAt(parameter);
-    if (isCurrent())
+    segment.start = m_curve->pointParameter(index);
+    if (!isCurrent())
     {
-        append(m_origin.applyPoint(position), parameter);
+        return false;
+    }
+    segment.length = m_curve->pointParameter(index + 1) - segment.start;
+    if (!isCurrent())
+    {
+        return false;
+    }
+    segment.isDivided = std::fabs(segment.length) >= LEAST_DIVIDED;
+    segment.step = segment.length / (segment.isDivided ? m_curve->segmentResolution(index) : 1.0F);
+    segment.ends = !segment.isDivided || TernCommonDetail::stepsEnd(segment.length, segment.step);
+    return isCurrent();
+}
+
+void CurveView::Sampler::addSample(std::size_t index, const Segment& segment)
+{
+    const Kodo::Vector3 position = m_curve->positionAt(segment.start);
+    if (isCurrent() && (m_sampled < m_points.size() || makeRoom(index, segment)))
+    {
+        m_points[m_sampled] = m_origin.applyPoint(position);
+        m_parameters[m_sampled] = segment.start;
+        ++m_sampled;
     }
 }
 
 /// What the loop needs stands in variables of its own: members would be read anew after each call of the
 /// model.
-void CurveView::Sampler::addSamples(float start, float length, float step)
+void CurveView::Sampler::addSamples(std::size_t index, const Segment& segment)
 {
     const std::size_t& samplings = m_presence->samplings;
     const std::size_t sampling = m_sampling;
     const IAbstractCurve& curve = *m_curve;
     const Kodo::Matrix origin = m_origin;
+    const float start = segment.start;
+    const float length = segment.length;
+    const float step = segment.step;
     Kodo::Vector3* points = m_points.data();
     float* parameters = m_parameters.data();
     std::size_t room = m_points.size();
     std::size_t sampled = m_sampled;
     float t = 0.0F;
-    while (t < length)
+    while (t < length) // not at all on a way back
     {
         const Kodo::Vector3 position = curve.positionAt(start + t);
         if (samplings != sampling)
@@ -124,7 +136,11 @@ void CurveView::Sampler::addSamples(float start, float length, float step)
         }
         if (sampled == room)
         {
-            grow(sampled + sampled / 2 + 1);
+            m_sampled = sampled;
+            if (!makeRoom(index, segment))
+            {
+                return;
+            }
             points = m_points.data();
             parameters = m_parameters.data();
             room = m_points.size();
@@ -137,33 +153,40 @@ void CurveView::Sampler::addSamples(float start, float length, float step)
     m_sampled = sampled;
 }
 
-void CurveView::Sampler::append(const Kodo::Vector3& point, float parameter)
+/// Makes room for a segment's samples, for those of all the segments behind it and for the last point: memory
+/// grows once, not while samples come. False when asking the model for those segments has made the sampling
+/// obsolete.
+bool CurveView::Sampler::makeRoom(std::size_t index, const Segment& segment)
 {
-    if (m_sampled == m_points.size())
+    std::size_t expected = expectedSamples(segment) + 1;
+    Segment next{};
+    for (std::size_t i = index + 1; i + 1 < m_count && expected < MOST_EXPECTED; ++i)
     {
-        grow(m_sampled + m_sampled / 2 + 1);
+        if (!ask(i, next))
+        {
+            return false;
+        }
+        expected += expectedSamples(next);
     }
-    m_points[m_sampled] = point;
-    m_parameters[m_sampled] = parameter;
-    ++m_sampled;
+    grow(m_sampled + std::min(expected, MOST_EXPECTED));
+    return true;
 }
 
-/// Makes room for the samples of a segment, and at the first one for as many in each of the others: memory
-/// does not grow while samples come, unless the model's segments differ.
-void CurveView::Sampler::makeRoom(std::size_t index, float steps)
+/// At least as many as the segment is going to have, on the model's word: rounding adds up while a float
+/// counts the steps.
+std::size_t CurveView::Sampler::expectedSamples(const Segment& segment) noexcept
 {
-    if (!(steps > 0.0F))
+    if (!segment.isDivided || !segment.ends)
     {
-        return;
+        return 1;
+    }
+    const float steps = segment.length / segment.step;
+    if (!(steps >= 0.0F) || segment.length < 0.0F)
+    {
+        return 1; // a step that is no number ends the way at once, and a way back has no samples
     }
     const auto most = static_cast<float>(MOST_EXPECTED);
-    const auto expected = static_cast<std::size_t>(std::min(steps, most)) + 2; // the rounding's, and the last
-    const std::size_t segments = index == 0 ? std::min(m_count, MOST_EXPECTED) : 1;
-    const std::size_t needed = m_sampled + std::min(expected * segments, MOST_EXPECTED);
-    if (needed > m_points.size())
-    {
-        grow(needed);
-    }
+    return static_cast<std::size_t>(std::min(steps + steps * steps * 0x1p-24F, most)) + 2;
 }
 
 /// Gives the vectors that many elements. Their memory grows by half at least, so that growing a little often

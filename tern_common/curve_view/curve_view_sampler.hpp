@@ -31,10 +31,21 @@ public:
     void finish();
 
 private:
-    void addSample(float parameter);
-    void addSamples(float start, float length, float step);
-    void append(const Kodo::Vector3& point, float parameter);
-    void makeRoom(std::size_t index, float steps);
+    /// The way from a point to the next, in the curve's parameter.
+    struct Segment
+    {
+        float start;
+        float length;
+        float step; ///< as long as the way where that is too short to be divided
+        bool isDivided;
+        bool ends; ///< whether its steps do
+    };
+
+    bool ask(std::size_t index, Segment& segment) const;
+    void addSample(std::size_t index, const Segment& segment);
+    void addSamples(std::size_t index, const Segment& segment);
+    bool makeRoom(std::size_t index, const Segment& segment);
+    static std::size_t expectedSamples(const Segment& segment) noexcept;
     void grow(std::size_t size);
 
     std::shared_ptr<Presence> m_presence;

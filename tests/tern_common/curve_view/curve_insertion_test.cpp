@@ -6,10 +6,14 @@
 #include "tests/support/reports.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <functional>
+#include <memory>
 #include <numbers>
-#include <stdexcept>
-#include <string>
+#include <random>
+#include <utility>
+#include <vector>
 
 namespace
 {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -84,8 +85,7 @@ protected:
     Kodo::DebugDrawer::Context context;
 };
 
-// --- Insertion
-// ----------------------------------------------------------------------------------------------
+// --- Insertion -------------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, InsertsTheNearestSampleInTheSpaceOfItsCurve)
 {
@@ -236,8 +236,7 @@ TEST_F(CurvePickingTest, TheModelsNewPointReachesTheView)
     EXPECT_EQ(views[0]->getControlPoints()[1]->edTransform().m[3][0], 0.5F);
 }
 
-// --- The preview
-// --------------------------------------------------------------------------------------------
+// --- The preview -----------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, AGhostIsShownForOneFrame)
 {
@@ -290,8 +289,7 @@ TEST_F(CurvePickingTest, AGhostStaysThroughUpdatesAndCantBeDeleted)
     EXPECT_TRUE(curves[0]->removals.empty());
 }
 
-// --- The cache
-// ----------------------------------------------------------------------------------------------
+// --- The cache -------------------------------------------------------------------------------------------
 
 TEST_F(CurvePickingTest, ACacheWithoutViewsDoesNothing)
 {
@@ -362,8 +360,7 @@ TEST_F(CurvePickingTest, CacheOperationsHaveScopesOfTheirNames)
                          "CurveViewSpaceCache::collide", "CurveViewPointInserter::insert"}));
 }
 
-// --- Picking control points
-// -----------------------------------------------------------------------------------
+// --- Picking control points ------------------------------------------------------------------------------
 
 /// Something else that stands in the space and can be hit.
 class Lamp : public Kodo::EditorCustomChunkItem
@@ -400,6 +397,35 @@ TEST_F(CurvePickingTest, HitsAreTheControlPointsAloneInTheScenesOrder)
     ray.origin = {50, 0, -100};
     EXPECT_TRUE(collider.collide(ray).empty());
     space.scene().deleteObstacle(lamp->sceneObject());
+}
+
+TEST_F(CurvePickingTest, PositionsThatAreNoneAreStoredAndNeverHit)
+{
+    constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+    constexpr float INFINITE = std::numeric_limits<float>::infinity();
+    show(0);
+    for (const Vector3& lie :
+         {Vector3(NOT_A_NUMBER, 0, 0), Vector3(0, 0, INFINITE), Vector3(0, -INFINITE, 0), Vector3(0, 0, 50)})
+    {
+        curves[0]->keys.push_back(RecordingCurve::key(0));
+        curves[0]->keys.back().position = lie;
+    }
+    SpaceCurvePointCollider collider(Kodo::SpaceManager::instance().space(space.id));
+    Kodo::Collisions::Ray ray{{0, 0, -100}, {0, 0, 1}};
+    const auto expectOneHit = [&](const char* when)
+    {
+        const auto hits = collider.collide(ray);
+        ASSERT_EQ(hits.size(), 1U) << when;
+        EXPECT_EQ(hits[0], views[0]->getControlPoints()[3].get()) << when;
+    };
+    views[0]->update();
+    expectOneHit("made");
+    views[0]->render(context);
+    expectOneHit("drawn, and as large as that");
+    curves[0]->pointUpdated(0, 4);
+    expectOneHit("moved");
+    EXPECT_TRUE(std::isnan(views[0]->getControlPoints()[0]->edTransform().m[3][0]));
+    EXPECT_EQ(views[0]->getControlPoints()[2]->edTransform().m[3][1], -INFINITE);
 }
 
 TEST_F(CurvePickingTest, WithoutSpaceOrSceneNothingIsHit)

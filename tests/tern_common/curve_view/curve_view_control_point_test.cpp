@@ -324,8 +324,7 @@ TEST_F(ControlPointTest, TheClassIsReflected)
     EXPECT_NE(meta->findProperty("selected"), nullptr);
 }
 
-// --- The drawer
-// ---------------------------------------------------------------------------------------------
+// --- The drawer ------------------------------------------------------------------------------------------
 
 TEST(DefaultCurveDrawerTest, DrawsTheStripVisibleThenHidden)
 {

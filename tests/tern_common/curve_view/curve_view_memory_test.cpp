@@ -1,4 +1,5 @@
 #include "tern_common/curve_view/curve_view.hpp"
+#include "tern_common/curve_view/curve_view_space_cache.hpp"
 #include "tests/support/allocation_hook.hpp"
 #include "tests/support/recording_curve.hpp"
 #include "tests/support/recording_drawer.hpp"
@@ -7,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -58,16 +62,33 @@ TEST_F(CurveViewMemoryTest, SamplingAnewAllocatesNothing)
     EXPECT_EQ(allocations.count(), 0U);
 }
 
-TEST_F(CurveViewMemoryTest, TheFirstSamplingOfAnEvenCurveAllocatesOnce)
+TEST_F(CurveViewMemoryTest, TheFirstSamplingAllocatesOnceHoweverTheSegmentsDiffer)
 {
-    show(0);
-    for (int i = 0; i < 1000; ++i)
+    using Key = RecordingCurve::Key;
+    constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+    const auto even = [](float i) { return RecordingCurve::key(i); };
+    const auto uneven = [](float i) { return RecordingCurve::key(i, 1.0F + i / 20.0F); };
+    const auto tooShort = [](float i) { return RecordingCurve::key(i / 1000.0F); };
+    const auto shortAtFirst = [](float i) { return RecordingCurve::key(i < 900 ? i / 1000.0F : i); };
+    const auto toAndFro = [](float i) { return RecordingCurve::key(std::fmod(i * 7.0F, 10.0F), 5.0F); };
+    const auto withoutNumber = [](float i)
+    { return RecordingCurve::key(i, std::fmod(i, 3.0F) == 0.0F ? NOT_A_NUMBER : 6.0F); };
+    const auto fewLong = [](float i) { return RecordingCurve::key(i, i < 3 ? 60000.0F : 1.0F); };
+    for (const std::function<Key(float)>& key : std::vector<std::function<Key(float)>>{
+             even, uneven, tooShort, shortAtFirst, toAndFro, withoutNumber, fewLong})
     {
-        curve->keys.push_back(RecordingCurve::key(static_cast<float>(i)));
+        show(0);
+        for (int i = 0; i < 1000; ++i)
+        {
+            curve->keys.push_back(key(static_cast<float>(i)));
+        }
+        for (const std::size_t expected : {2U, 0U}) // the samples and their parameters, and never again
+        {
+            const AllocationCount allocations;
+            view->updatePointRemoved(0, 0);
+            EXPECT_EQ(allocations.count(), expected) << curve->keys.at(5).parameter;
+        }
     }
-    const AllocationCount allocations;
-    view->updatePointRemoved(0, 0);
-    EXPECT_EQ(allocations.count(), 2U) << "the samples and their parameters";
 }
 
 TEST_F(CurveViewMemoryTest, OneUpdatedPointCostsAsMuchAmongTenAsAmongThousands)
@@ -167,6 +188,66 @@ TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutTheViewStaysWhole)
             break;
         }
     }
+}
+
+TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutThereIsOneGhostOrNone)
+{
+    show(2);
+    auto& cache = CurveViewSpaceCache::instance(space.chunkSpace());
+    std::size_t failures = 0;
+    for (bool failed = true; failed; ++failures)
+    {
+        cache.collide({{0, 0, -1}, {0, 0, 1}}, false);
+        ASSERT_EQ(space.itemCount(), 3U);
+        failed = false;
+        try
+        {
+            const FailingAllocation failing(failures);
+            cache.collide({{0, 0, -1}, {0, 0, 1}}, false);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        EXPECT_TRUE(space.itemCount() == 3 || (failed && space.itemCount() == 2)) << failures;
+        view->render(context);
+        EXPECT_EQ(space.itemCount(), 2U) << failures << ": what is there is the view's";
+    }
+    EXPECT_GT(failures, 3U);
+}
+
+TEST_F(CurveViewMemoryTest, DestructionNeedsNoMemory)
+{
+    show(3);
+    CurveViewSpaceCache::instance(space.chunkSpace()).collide({{0, 0, -1}, {0, 0, 1}}, false);
+    ASSERT_EQ(space.itemCount(), 4U);
+    const FailingAllocation failing(0);
+    view.reset();
+    EXPECT_EQ(space.itemCount(), 0U);
+}
+
+TEST_F(CurveViewMemoryTest, AMoveWithoutMemoryTakesNothing)
+{
+    show(3);
+    for (std::size_t successes = 0;; ++successes)
+    {
+        try
+        {
+            const FailingAllocation failing(successes);
+            const CurveView moved(std::move(*view));
+            EXPECT_EQ(moved.getControlPoints().size(), 3U);
+            break;
+        }
+        catch (const std::bad_alloc&)
+        {
+            EXPECT_EQ(view->getCurve(), curve);
+            EXPECT_EQ(view->getControlPoints().size(), 3U);
+            EXPECT_EQ(view->curveThickness(), 1.2F);
+            curve->changed();
+            EXPECT_EQ(view->getControlPoints().size(), 3U);
+        }
+    }
+    EXPECT_EQ(space.itemCount(), 0U);
 }
 
 TEST_F(CurveViewMemoryTest, WhereverMemoryRunsOutInAConstructorNothingIsLeft)

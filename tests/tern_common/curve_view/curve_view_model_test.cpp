@@ -14,7 +14,6 @@
 #include <cmath>
 #include <memory>
 #include <random>
-#include <string>
 #include <utility>
 #include <vector>
 

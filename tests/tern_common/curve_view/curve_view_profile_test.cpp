@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -16,7 +17,6 @@ namespace
 {
 
 using Kodo::Matrix;
-using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 
 class CurveViewProfileTest : public CurveViewTest
@@ -83,19 +83,67 @@ TEST_F(CurveViewProfileTest, SettersAndAccessorsHaveNone)
               Names{});
 }
 
+TEST_F(CurveViewProfileTest, ScopesSayWhereTheyStand)
+{
+    show(1);
+    Kodo::StackTracker::startRecording();
+    view->update();
+    for (const auto& scope : Kodo::StackTracker::stopRecording())
+    {
+        EXPECT_NE(scope.file.find("curve_view/curve_view"), std::string::npos) << scope.file;
+        EXPECT_GT(scope.line, 0) << scope.name;
+    }
+}
+
 TEST_F(CurveViewProfileTest, AnExceptionClosesTheScopes)
 {
-    show(2);
-    curve->onCall = [](const std::string& operation)
+    using Act = std::function<void()>;
+    const auto fail = [] { throw std::runtime_error("no"); };
+    Kodo::Matrix origin;
+    const std::vector<Act> acts = {[&] { view->update(); },
+                                   [&] { curve->changed(); },
+                                   [&] { curve->pointUpdated(0, 2); },
+                                   [&] { curve->pointAdded(0, 1); },
+                                   [&] { curve->pointMoved(0, 1); },
+                                   [&] { curve->pointRemoved(0, 1); },
+                                   [&]
+                                   {
+                                       origin.m[3][1] += 1;
+                                       view->setOrigin(origin);
+                                   },
+                                   [&] { points().at(0)->customDelete(); }};
+    std::size_t thrown = 0;
+    for (const Act& act : acts)
     {
-        if (operation == "positionAt" || operation == "pointObject")
+        for (const char* const operation : {"isValid", "pointCount", "pointParameter", "segmentResolution",
+                                            "positionAt", "pointPosition", "pointObject", "removePoint"})
         {
-            throw std::runtime_error("no");
+            show(3);
+            actWithin(*curve, operation, 1, fail);
+            scopesOf(
+                [&]
+                {
+                    try
+                    {
+                        act();
+                    }
+                    catch (const std::runtime_error&)
+                    {
+                        ++thrown;
+                    }
+                });
         }
-    };
-    scopesOf([&] { EXPECT_THROW(view->update(), std::runtime_error); });
-    scopesOf([&] { EXPECT_THROW(view->updatePoint(0, 1), std::runtime_error); });
-    curve->onCall = nullptr;
+    }
+    EXPECT_GT(thrown, 40U);
+
+    show(3);
+    log.onCall = fail;
+    EXPECT_EQ(scopesOf([&] { EXPECT_THROW(view->render(context), std::runtime_error); }), Names{"render"});
+    log.onCall = nullptr;
+    auto throwing = std::make_unique<RecordingCurve>(3);
+    actWithin(*throwing, "pointObject", 2, fail);
+    EXPECT_EQ(scopesOf([&] { EXPECT_THROW(view->setCurve(std::move(throwing)), std::runtime_error); }),
+              (Names{"setCurve", "update", "destroyControlPoints", "createControlPoints"}));
 }
 
 } // namespace

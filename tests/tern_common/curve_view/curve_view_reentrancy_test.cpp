@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,7 +72,7 @@ protected:
     }
 
     /// Every point of the curve has its control point, with its object, and all of them are in the scene.
-    void expectInStep(const std::string& where)
+    void expectPointsInStep(const std::string& where)
     {
         const auto& points = view->getControlPoints();
         ASSERT_EQ(points.size(), curve->keys.size()) << where;
@@ -80,6 +81,12 @@ protected:
         {
             EXPECT_EQ(points[i]->getRefObject().object(), curve->keys[i].object.get()) << where << ' ' << i;
         }
+    }
+
+    /// The same of the points, and the samples are those of the curve.
+    void expectInStep(const std::string& where)
+    {
+        expectPointsInStep(where);
         Kodo::DebugDrawer::Context context;
         log.drawn.clear();
         view->render(context);
@@ -199,6 +206,40 @@ TEST_F(CurveViewReentrancyTest, TheViewMayEndFromWithinAnyCallOfTheModel)
         }
     }
     EXPECT_GT(ended, 150);
+}
+
+TEST_F(CurveViewReentrancyTest, TheModelMayBeReplacedFromWithinAnyOfItsCalls)
+{
+    int replaced = 0;
+    for (std::size_t outer = 0; outer < acts().size(); ++outer)
+    {
+        for (const std::string& operation : operations())
+        {
+            for (std::size_t nth = 1; nth <= 6; ++nth)
+            {
+                show(5);
+                const Act act = acts()[outer];
+                std::unique_ptr<CurveView> keeper; // of the old model, whose call is running
+                actWithin(*curve, operation, nth,
+                          [&]
+                          {
+                              keeper = std::make_unique<CurveView>(std::move(*view));
+                              auto next = std::make_unique<RecordingCurve>(3);
+                              curve = next.get();
+                              view->setCurve(std::move(next));
+                              ++replaced;
+                          });
+                act.run();
+                if (keeper)
+                {
+                    keeper.reset();
+                    EXPECT_EQ(curve->m_view, view.get());
+                    expectPointsInStep(operation + ' ' + std::to_string(nth) + " of " + act.name);
+                }
+            }
+        }
+    }
+    EXPECT_GT(replaced, 150);
 }
 
 TEST_F(CurveViewReentrancyTest, AModelThatRemovesWheneverItIsAskedKeepsTheViewFromNothing)

@@ -5,11 +5,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 namespace

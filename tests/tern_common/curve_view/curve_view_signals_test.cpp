@@ -4,19 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 namespace
 {
 
-using Kodo::Matrix;
 using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 using Kodo::Render::ColourRGBAFloat;
@@ -89,7 +87,7 @@ TEST_F(CurveViewTest, OneUpdateTouchesOnePointOfTenThousand)
     curve->pointUpdated(4567, 1);
     EXPECT_EQ(curve->calls["pointPosition"], 2U) << "the point moved, and the last sample";
     EXPECT_EQ(curve->calls["pointObject"], 0U);
-    EXPECT_EQ(curve->calls["pointCount"], 1U);
+    EXPECT_EQ(curve->calls["pointCount"], 2U) << "by the sampling, and for the range";
     EXPECT_EQ(curve->calls["positionAt"], 9999U * 4U);
 }
 
@@ -128,15 +126,33 @@ TEST_F(CurveViewTest, MovedPointsExchangePlacesAndKeepTheirTransforms)
     EXPECT_EQ(points(), (std::vector{before[2], before[1], before[0]}));
 }
 
-TEST_F(CurveViewTest, RemovedPointsLeaveTheSceneLastFirst)
+TEST_F(CurveViewTest, PointsAreAddedAllAtOnce)
+{
+    constexpr std::size_t ADDED = 3000;
+    show(5000);
+    std::vector<RecordingCurve::Key> keys;
+    for (std::size_t i = 0; i < ADDED; ++i)
+    {
+        keys.push_back(RecordingCurve::key(1000.0F));
+    }
+    curve->insert(1000, keys);
+    std::size_t earlier = 0;
+    curve->onCall = [&](const std::string& operation)
+    { earlier += operation == "pointObject" && view->getControlPoints().size() != 5000 ? 1U : 0U; };
+    curve->pointAdded(1000, ADDED);
+    curve->onCall = nullptr;
+    EXPECT_EQ(earlier, 0U) << "those behind them make way once, not for each";
+    EXPECT_EQ(points().size(), 5000 + ADDED);
+    EXPECT_EQ(curve->calls["pointObject"], ADDED);
+    EXPECT_EQ(curve->calls["pointPosition"], ADDED + 1) << "and the last sample";
+    EXPECT_LE(curve->calls["pointCount"], 2U);
+    EXPECT_EQ(curve->calls["isValid"], 2U) << "by the handler and by its sampling";
+}
+
+TEST_F(CurveViewTest, RemovedPointsLeaveTheScene)
 {
     show(5);
     const auto before = points();
-    std::vector<std::string> order;
-    for (auto& key : curve->keys)
-    {
-        key.object.reset();
-    }
     curve->erase(1, 3);
     curve->pointRemoved(1, 3);
     EXPECT_EQ(points(), (std::vector{before[0], before[4]}));
@@ -171,6 +187,34 @@ TEST_F(CurveViewTest, PointsAreDestroyedLastFirstOnRemovalAndFirstFirstOnDestruc
         removal ? curve->pointRemoved(0, 4) : curve->changed();
         EXPECT_EQ(order, removal ? (std::vector{3, 2, 1, 0}) : (std::vector{0, 1, 2, 3}));
     }
+}
+
+TEST_F(CurveViewTest, PointsAreRemovedAllAtOnce)
+{
+    constexpr std::size_t REMOVED = 3000;
+    show(0);
+    std::size_t gone = 0;
+    std::size_t earlier = 0;
+    for (std::size_t i = 0; i < 8000; ++i)
+    {
+        curve->keys.push_back(RecordingCurve::key(static_cast<float>(i)));
+        curve->keys.back().object = std::make_shared<MortalObject>(
+            [&]
+            {
+                ++gone;
+                earlier += view && view->getControlPoints().size() != 8000 - REMOVED ? 1U : 0U;
+            });
+    }
+    view->update();
+    curve->calls.clear();
+    curve->erase(1000, REMOVED);
+    curve->pointRemoved(1000, REMOVED);
+    EXPECT_EQ(gone, REMOVED);
+    EXPECT_EQ(earlier, 0U) << "those behind them close up once, not for each";
+    EXPECT_EQ(curve->calls["pointObject"], 0U);
+    EXPECT_EQ(curve->calls["pointPosition"], 1U) << "the last sample";
+    EXPECT_EQ(space.scene().objectCount(), 8000 - REMOVED);
+    view.reset();
 }
 
 TEST_F(CurveViewTest, RemovingNoneOnlySamplesAnew)
@@ -240,7 +284,8 @@ TEST_F(CurveViewTest, RangesBeyondThePointsAreReportedAndIgnored)
     for (const Range r : {Range{3, 1}, Range{0, 4}, Range{2, 2}, Range{1, MAX}, Range{MAX, 1},
                           Range{MAX, MAX}, Range{2, MAX - 1}})
     {
-        refuse([&] { view->updatePoint(r.first, r.second); }, "isWithin(index, count)");
+        refuse([&] { view->updatePoint(r.first, r.second); },
+               "isWithin(index, count) && index + count <= pointCount");
         refuse([&] { view->updatePointRemoved(r.first, r.second); }, "isWithin(index, count)");
     }
     for (const Range r : {Range{3, 0}, Range{0, 3}, Range{MAX, 0}, Range{0, MAX}, Range{MAX, MAX}})
@@ -263,6 +308,31 @@ TEST_F(CurveViewTest, RangesBeyondThePointsAreReportedAndIgnored)
         view->updatePointRemoved(index, 0);
     }
     view->updatePointAdded(77, 0);
+}
+
+TEST_F(CurveViewTest, AModelIsNotAskedForPointsBeyondThoseItCounts)
+{
+    show(5);
+    const auto before = points();
+    curve->keys.resize(3); // and does not say so
+    curve->calls.clear();
+    for (const auto& [index, count] : {std::pair<std::size_t, std::size_t>{3, 1}, {4, 1}, {1, 3}, {0, 5}})
+    {
+        const ExpectReports reports{"isWithin(index, count) && index + count <= pointCount"};
+        curve->pointUpdated(index, count);
+    }
+    {
+        const ExpectReports reports{
+            "index <= m_controlPoints.size() && index <= pointCount && count <= pointCount - index"};
+        curve->pointAdded(3, 1);
+    }
+    EXPECT_EQ(curve->calls["pointPosition"], 5U) << "the last sample of each sampling";
+    EXPECT_EQ(points(), before);
+    curve->pointUpdated(0, 3);
+    curve->pointMoved(3, 4); // of the view alone
+    EXPECT_EQ(points()[3], before[4]);
+    curve->pointRemoved(3, 2);
+    EXPECT_EQ(points().size(), 3U);
 }
 
 TEST_F(CurveViewTest, AnIndexOfMinusOneIsReportedEvenWhereTheRestIsNotDone)

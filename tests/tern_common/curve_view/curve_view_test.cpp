@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -20,7 +19,6 @@ namespace
 {
 
 using Kodo::Matrix;
-using Kodo::Vector3;
 using Kodo::Render::Colour32Bit;
 using Kodo::Render::ColourRGBAFloat;
 
@@ -68,7 +66,7 @@ TEST_F(CurveViewTest, AnOriginGivenAtConstructionIsTheViewsOrigin)
 
 TEST_F(CurveViewTest, AViewWithoutModelOrDrawerIsEmptyAndHarmless)
 {
-    CurveView empty(nullptr, space.id, std::unique_ptr<ICurveDrawer>());
+    CurveView empty(nullptr, space.id, nullptr);
     EXPECT_EQ(empty.getCurve(), nullptr);
     EXPECT_EQ(empty.curveThickness(), 1.2F);
     empty.update();
@@ -106,6 +104,30 @@ TEST_F(CurveViewTest, ConnectsToEachSignalOnceAndLetsGo)
     EXPECT_EQ(view->getControlPoints().size(), 1U);
     EXPECT_EQ(space.itemCount(), 1U);
     EXPECT_EQ(view->getCurve()->m_view, view.get());
+}
+
+TEST_F(CurveViewTest, TheModelItHasMayBeGivenAgain)
+{
+    show(2);
+    view->setCurve(std::unique_ptr<CurveView::IAbstractCurve>(view->getCurve()));
+    EXPECT_EQ(view->getCurve(), curve);
+    EXPECT_EQ(curve->slotCount(), 5U);
+    EXPECT_EQ(points().size(), 2U);
+
+    // A moved-to view becomes whole by that.
+    CurveView moved(std::move(*view));
+    moved.setCurve(std::unique_ptr<CurveView::IAbstractCurve>(moved.getCurve()));
+    view.reset();
+    EXPECT_EQ(curve->m_view, &moved);
+    EXPECT_EQ(curve->slotCount(), 5U);
+    curve->keys.push_back(RecordingCurve::key(2));
+    curve->pointAdded(2, 1);
+    EXPECT_EQ(moved.getControlPoints().size(), 3U);
+    const auto last = moved.getControlPoints()[2];
+    last->customDelete();
+    EXPECT_EQ(curve->removals, std::vector<std::size_t>{2});
+    EXPECT_EQ(moved.getControlPoints().size(), 2U);
+    EXPECT_EQ(space.itemCount(), 2U);
 }
 
 TEST_F(CurveViewTest, WithoutModelTheViewIsCleared)
@@ -200,6 +222,42 @@ TEST_F(CurveViewTest, AMovedViewIsNotEnabledByThat)
     moved.enableCurveView();
     cache.collide({{0, 0, 0}, {0, 1, 0}}, true);
     EXPECT_EQ(curve->insertions.size(), 1U);
+}
+
+TEST_F(CurveViewTest, AModelMayEmitWhileAViewIsBeingMade)
+{
+    const auto emitWithin = [this](const std::string& operation, std::size_t nth)
+    {
+        auto made = std::make_unique<RecordingCurve>(3);
+        RecordingCurve& model = *made;
+        actWithin(model, operation, nth,
+                  [&model]
+                  {
+                      ASSERT_NE(model.m_view, nullptr);
+                      model.insert(1, {RecordingCurve::key(0.5F)});
+                      model.pointAdded(1, 1);
+                  });
+        CurveView fresh(std::move(made), space.id);
+        const std::size_t count = model.keys.size();
+        ASSERT_EQ(fresh.getControlPoints().size(), count);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            EXPECT_EQ(fresh.getControlPoints()[i]->getRefObject().object(), model.keys[i].object.get()) << i;
+        }
+        EXPECT_EQ(space.itemCount(), count);
+        context.clear();
+        fresh.render(context);
+        EXPECT_EQ(context.points().size(), 2 * ((count - 1) * 4 + 1));
+    };
+    for (const char* const operation : {"pointCount", "pointObject", "isValid", "pointParameter",
+                                        "segmentResolution", "positionAt", "pointPosition"})
+    {
+        for (std::size_t nth = 1; nth <= 8; ++nth)
+        {
+            SCOPED_TRACE(operation + std::to_string(nth));
+            emitWithin(operation, nth);
+        }
+    }
 }
 
 // --- Deletion ---------------------------------------------------------------------------------------------
