@@ -1,5 +1,7 @@
 #include "editor/commands/curve_commands.hpp"
 
+#include "editor/app/editor_options.hpp"
+#include "editor/commands/level_commands.hpp"
 #include "editor/level/track_curve.hpp"
 #include "tests/editor/headless_session_fixture.hpp"
 
@@ -108,6 +110,77 @@ TEST_F(CurveCommandsTest, AWrongEditOfACurveIsNamed)
         "error: s.txt:10: curves.quay.swapPoints(0, 7): there is no point 7: the curve has 1\n"
         "error: s.txt:11: level.redo(): there is nothing to redo\n"
         "error: s.txt:13: level.undo(): there is nothing to undo\n");
+}
+
+TEST_F(CurveCommandsTest, EveryCommandIsUndoneAndRedone)
+{
+    const std::string edits = "curves.quay.addPoint(\"0 0 0\")\n"
+                              "curves.quay.addPoint(\"8 0 0\")\n"
+                              "curves.quay.insertPoint(\"8 0 8\", \"1\")\n"
+                              "curves.quay.setKind(\"bezier\")\n"
+                              "curves.quay.setHandles(1, \"-1 0 0\", \"0 0 1\")\n"
+                              "curves.quay.split(\"0.5\")\n"
+                              "curves.quay.splitNear(\"9 0 4\")\n"
+                              "curves.quay.movePoint(0, \"0 1 0\")\n"
+                              "curves.quay.swapPoints(0, 2)\n"
+                              "curves.quay.removePoint(1)\n"
+                              "curves.quay.setClosed(true)\n"
+                              "curves.quay.setColor(\"40A0FF\")\n"
+                              "level.importTrack(\"" TERN_SAMPLES_DIR "/coast_road.gpx\")\n"
+                              "curves.quay.import(\"" TERN_SAMPLES_DIR "/coast_road.gpx\")\n"
+                              "level.addCurve(\"road\")\n"
+                              "level.removeCurve(\"quay\")\n";
+    constexpr std::size_t STEPS = 16;
+    const auto repeated = [](const char* command)
+    {
+        std::string text;
+        for (std::size_t i = 0; i < STEPS; ++i)
+        {
+            text += command;
+        }
+        return text;
+    };
+    EXPECT_EQ(run(edits), 0) << errors();
+    const LevelData edited = saved();
+    EXPECT_EQ(edited.curves.size(), 2U);
+    EXPECT_EQ(run(edits + repeated("level.undo()\n")), 0) << errors();
+    EXPECT_EQ(saved().curves, (std::vector<Curve>{{"quay", false, {}}}));
+    EXPECT_EQ(run(edits + repeated("level.undo()\n") + repeated("level.redo()\n")), 0) << errors();
+    EXPECT_EQ(saved(), edited);
+    EXPECT_EQ(run(edits + repeated("level.undo()\n") + "level.undo()\n"), 1);
+    EXPECT_TRUE(errors().ends_with("level.undo(): there is nothing to undo\n")) << errors();
+}
+
+TEST_F(CurveCommandsTest, APlaceOfTheCurveThatTheSceneCannotHoldIsNotSplit)
+{
+    m_options.level = m_directory.write("far.level", R"({"format": "tern-level", "version": 1, "curves":
+        [{"name": "quay", "points": [[0, 0, 0], [1e39, 0, 0], [0, 0, 0]]}]})");
+    EXPECT_EQ(
+        run("curves.quay.split(\"1\")\ncurves.quay.movePoint(1, \"4 0 0\")\ncurves.quay.split(\"1.5\")\n"),
+        1);
+    EXPECT_EQ(errors(),
+              "error: s.txt:1: curves.quay.split(\"1\"): a coordinate is too large for the scene\n");
+    EXPECT_EQ(saved().curves[0].points, (std::vector<Position>{{0, 0, 0}, {4, 0, 0}, {2, 0, 0}, {0, 0, 0}}));
+}
+
+TEST_F(CurveCommandsTest, TheHelpNamesEachOfThem)
+{
+    Level level;
+    level.addCurve("quay");
+    CommandObject root;
+    const LevelCommands commands(root, level);
+    const CommandObject* const curve = root.findChild("curves")->findChild("quay");
+    for (const char* const name : {"addPoint", "insertPoint", "split", "splitNear", "movePoint", "setHandles",
+                                   "removePoint", "swapPoints", "setKind", "setClosed", "setColor", "import"})
+    {
+        EXPECT_NE(curve->findCommand(name), nullptr) << name;
+        EXPECT_NE(helpText().find(std::string(name) + "("), std::string::npos) << name;
+    }
+    for (const char* const name : {"open", "save", "addCurve", "removeCurve", "importTrack", "undo", "redo"})
+    {
+        EXPECT_NE(root.findChild("level")->findCommand(name), nullptr) << name;
+        EXPECT_NE(helpText().find("level." + std::string(name) + "("), std::string::npos) << name;
+    }
 }
 
 TEST_F(CurveCommandsTest, ATrackBecomesACurveOfTheLevel)
