@@ -1,5 +1,6 @@
 #include "editor/app/editor_options.hpp"
 
+#include "editor/app/command_help.hpp"
 #include "editor/curve/color_text.hpp"
 
 #include <boost/program_options.hpp>
@@ -269,45 +270,22 @@ EditorOptions parseCommandLine(int argc, const char* const* argv)
 std::string helpText()
 {
     std::ostringstream text;
-    text
-        << "tern_editor --headless --level FILE [--script FILE...] [--find QUERY] [--save FILE]\n"
-           "            [--names] [--language NAME] [--project DIR] [--max-ticks N] [--trace FILE]\n"
-           "            [--picture FILE [--size WxH] [--camera KEY=VALUE...]]\n\n"
-           "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
-           "before it\n"
-           "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"
-           "Opens the resources of a list, files below the working directory, and starts a new editor "
-           "process for\n"
-           "those that this one does not take.\n\n"
-           "Prints colours with each one's smallest distance from another: of hue, and as seen "
-           "(CIEDE2000).\n\n"
-        << describeOptions()
-        << "\nCommands\n"
-           "  level.open(\"file\")               replace the level by a file's\n"
-           "  level.save(\"file\")               save the level\n"
-           "  level.addCurve(\"name\")           add a curve without points\n"
-           "  level.removeCurve(\"name\")        remove a curve and its commands\n"
-           "  level.importTrack(\"file.gpx\")    add a curve along a GPX track, named like the file\n"
-           "  level.undo(), level.redo()       take the last edit back, and make it again\n"
-           "  curves.NAME.addPoint(\"x y z\")    add a point behind the curve's last, in metres\n"
-           "  curves.NAME.import(\"file.gpx\")   add the points of a GPX track\n"
-           "  curves.NAME.insertPoint(\"x y z\", \"t\")  add a point between others: points are at t = 0, 1, "
-           "2...\n"
-           "  curves.NAME.split(\"t\")           add a point on the curve, which keeps its shape\n"
-           "  curves.NAME.splitNear(\"x y z\")   the same where the curve is nearest to a place\n"
-           "  curves.NAME.movePoint(n, \"x y z\"), removePoint(n), swapPoints(n, m)  edit points, counted "
-           "from 0\n"
-           "  curves.NAME.setHandles(n, \"x y z\", \"x y z\")  a Bezier point's handles, from the point on\n"
-           "  curves.NAME.setKind(\"kind\")      linear, catmullRom or bezier\n"
-           "  curves.NAME.setClosed(true)      or false\n"
-           "  curves.NAME.setColor(\"RRGGBB\")   or \"\" for none\n"
-           "  names.language(\"name\")           switch the language of names\n"
-           "  names.show(\"key\")                print the name of a vehicle, an arena or a key\n"
-           "  log.info(\"text\")                 print a line\n"
-           "  wait(n)                          let n ticks pass\n"
-           "\nExit code\n"
-           "  0  every command ran and nothing was reported\n"
-           "  1  something was reported, failed or was left undone\n"
-           "  2  the command line is wrong\n";
+    text << "tern_editor --headless --level FILE [--script FILE...] [--find QUERY] [--save FILE]\n"
+            "            [--names] [--language NAME] [--project DIR] [--max-ticks N] [--trace FILE]\n"
+            "            [--picture FILE [--size WxH] [--camera KEY=VALUE...]]\n\n"
+            "Opens a level and runs command scripts on it, tick by tick: a command starts when the one "
+            "before it\n"
+            "is done, at most one a tick. File names in scripts are relative to the working directory.\n\n"
+            "Opens the resources of a list, files below the working directory, and starts a new editor "
+            "process for\n"
+            "those that this one does not take.\n\n"
+            "Prints colours with each one's smallest distance from another: of hue, and as seen "
+            "(CIEDE2000).\n\n"
+         << describeOptions() << "\nCommands\n"
+         << commandHelp()
+         << "\nExit code\n"
+            "  0  every command ran and nothing was reported\n"
+            "  1  something was reported, failed or was left undone\n"
+            "  2  the command line is wrong\n";
     return text.str();
 }

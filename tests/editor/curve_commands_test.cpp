@@ -1,6 +1,6 @@
 #include "editor/commands/curve_commands.hpp"
 
-#include "editor/app/editor_options.hpp"
+#include "editor/app/command_help.hpp"
 #include "editor/commands/level_commands.hpp"
 #include "editor/level/track_curve.hpp"
 #include "tests/editor/headless_session_fixture.hpp"
@@ -174,12 +174,12 @@ TEST_F(CurveCommandsTest, TheHelpNamesEachOfThem)
                                    "removePoint", "swapPoints", "setKind", "setClosed", "setColor", "import"})
     {
         EXPECT_NE(curve->findCommand(name), nullptr) << name;
-        EXPECT_NE(helpText().find(std::string(name) + "("), std::string::npos) << name;
+        EXPECT_NE(commandHelp().find("curves.NAME." + std::string(name) + "("), std::string::npos) << name;
     }
     for (const char* const name : {"open", "save", "addCurve", "removeCurve", "importTrack", "undo", "redo"})
     {
         EXPECT_NE(root.findChild("level")->findCommand(name), nullptr) << name;
-        EXPECT_NE(helpText().find("level." + std::string(name) + "("), std::string::npos) << name;
+        EXPECT_NE(commandHelp().find("level." + std::string(name) + "("), std::string::npos) << name;
     }
 }
 
