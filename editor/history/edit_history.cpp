@@ -111,7 +111,10 @@ qua::Connection EditHistory::connectChanged(std::function<void()> slot)
 void EditHistory::open()
 {
     ++m_depth;
-    endSeries();
+    if (endSeries())
+    {
+        m_changed();
+    }
 }
 
 void EditHistory::close()
@@ -142,12 +145,15 @@ void EditHistory::cancelOpen()
     }
 }
 
-void EditHistory::endSeries()
+bool EditHistory::endSeries()
 {
-    if (std::exchange(m_inSeries, false) && !m_done.empty() && m_done.back()->isNothing())
+    const bool isNothing = m_inSeries && !m_done.empty() && m_done.back()->isNothing();
+    if (isNothing)
     {
         m_done.pop_back();
     }
+    m_inSeries = false;
+    return isNothing;
 }
 
 bool EditHistory::replay(Edits& from, Edits& to, void (IEdit::*direction)())
@@ -156,9 +162,13 @@ bool EditHistory::replay(Edits& from, Edits& to, void (IEdit::*direction)())
     {
         return false;
     }
-    endSeries();
+    const bool isForgotten = endSeries();
     if (from.empty())
     {
+        if (isForgotten)
+        {
+            m_changed();
+        }
         return false;
     }
     std::unique_ptr<IEdit> edit = std::move(from.back());

@@ -71,8 +71,8 @@ private:
     void open();
     void close();
     void cancelOpen();
-    /// Forgets a series that has come to nothing.
-    void endSeries();
+    /// Forgets a series that has come to nothing; whether it had.
+    bool endSeries();
     /// Moves the last step of @p from to @p to, replaying it on the way.
     bool replay(Edits& from, Edits& to, void (IEdit::*direction)());
 

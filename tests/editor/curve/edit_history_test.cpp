@@ -262,6 +262,12 @@ TEST_F(EditHistoryTest, SaysWhenItHasChanged)
     EXPECT_EQ(times, 4);
     m_history.undo();
     EXPECT_EQ(times, 4);
+    type('a', true);
+    m_text += "b!";
+    m_history.push(std::make_unique<Letter>(m_text, "b!"), true);
+    EXPECT_EQ(times, 6);
+    EXPECT_FALSE(m_history.undo());
+    EXPECT_EQ(times, 7) << "the series that came to nothing is gone";
 }
 
 } // namespace
