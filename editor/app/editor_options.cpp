@@ -1,5 +1,6 @@
 #include "editor/app/editor_options.hpp"
 
+#include "editor/app/command_help.hpp"
 #include "editor/curve/color_text.hpp"
 
 #include <boost/program_options.hpp>
@@ -280,19 +281,9 @@ std::string helpText()
             "those that this one does not take.\n\n"
             "Prints colours with each one's smallest distance from another: of hue, and as seen "
             "(CIEDE2000).\n\n"
-         << describeOptions()
-         << "\nCommands\n"
-            "  level.open(\"file\")               replace the level by a file's\n"
-            "  level.save(\"file\")               save the level\n"
-            "  level.addCurve(\"name\")           add a curve without points\n"
-            "  level.removeCurve(\"name\")        remove a curve and its commands\n"
-            "  curves.NAME.addPoint(\"x y z\")    add a point to a curve, in metres\n"
-            "  curves.NAME.import(\"file.gpx\")   add the points of a GPX track\n"
-            "  names.language(\"name\")           switch the language of names\n"
-            "  names.show(\"key\")                print the name of a vehicle, an arena or a key\n"
-            "  log.info(\"text\")                 print a line\n"
-            "  wait(n)                          let n ticks pass\n"
-            "\nExit code\n"
+         << describeOptions() << "\nCommands\n"
+         << commandHelp()
+         << "\nExit code\n"
             "  0  every command ran and nothing was reported\n"
             "  1  something was reported, failed or was left undone\n"
             "  2  the command line is wrong\n";

@@ -1,6 +1,8 @@
 #include "editor/app/headless_session.hpp"
 
 #include "editor/app/find_items.hpp"
+#include "editor/app/output_files.hpp"
+#include "editor/app/session_text.hpp"
 #include "editor/files/atomic_file.hpp"
 #include "editor/files/file_error.hpp"
 #include "editor/level/level_file.hpp"
@@ -13,47 +15,12 @@
 #include "kodo/core/string_conversion.hpp"
 
 #include <fstream>
+#include <new>
 #include <ostream>
 #include <sstream>
 
 namespace fs = std::filesystem;
-
-namespace
-{
-
-/// "1 curve", "2 curves".
-std::string count(std::size_t number, const std::string& noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
-
-std::string describe(const LevelData& level)
-{
-    std::size_t points = 0;
-    for (const Curve& curve : level.curves)
-    {
-        points += curve.points.size();
-    }
-    return count(level.curves.size(), "curve") + " with " + count(points, "point") + ", " +
-           count(level.items.size(), "item");
-}
-
-/// A report on one line: "ASSERTION FAILED: object (command_system.cpp(312))".
-std::string onOneLine(std::string_view report)
-{
-    std::string text(report);
-    while (text.ends_with('\n') || text.ends_with('\r'))
-    {
-        text.pop_back();
-    }
-    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
-    {
-        text.replace(at, 2, " at ");
-    }
-    return text;
-}
-
-} // namespace
+using SessionText::count;
 
 HeadlessSession::HeadlessSession(const EditorOptions& options, std::ostream& out, std::ostream& errors)
     : m_options(options), m_out(out), m_errors(errors), m_commands(m_system.rootObject(), m_level),
@@ -75,6 +42,11 @@ int HeadlessSession::run()
     if (m_options.trace)
     {
         Kodo::StackTracker::startRecording();
+    }
+    if (const auto mistake = findOutputMistake(m_options))
+    {
+        complain(*mistake);
+        return 1;
     }
     if (openLevel())
     {
@@ -111,7 +83,7 @@ bool HeadlessSession::openLevel()
         complain(error.what());
         return false;
     }
-    m_out << displayName(*m_options.level) << ": " << describe(m_level.data()) << '\n';
+    m_out << displayName(*m_options.level) << ": " << SessionText::describe(m_level.data()) << '\n';
     return true;
 }
 
@@ -142,7 +114,7 @@ void HeadlessSession::queueScript(const fs::path& script)
     }
     const std::size_t queuedBefore = m_system.queuedCommandCount();
     const std::size_t complaintsBefore = m_complaints;
-    m_parsing = true;
+    m_isParsing = true;
     try
     {
         m_system.parseScriptFile(wideName);
@@ -151,7 +123,7 @@ void HeadlessSession::queueScript(const fs::path& script)
     {
         complain(m_scripts.describe(m_system.parsedLine()) + ": " + error.what());
     }
-    m_parsing = false;
+    m_isParsing = false;
     const std::size_t queued = m_system.queuedCommandCount() - queuedBefore;
     m_queued += queued;
     m_notAnnounced = m_system.queuedCommandCount();
@@ -167,10 +139,13 @@ void HeadlessSession::queueScript(const fs::path& script)
 
 void HeadlessSession::tickUntilDone()
 {
+    m_isTicking = true;
     while (!m_system.isIdle() && m_ticks < m_options.maxTicks)
     {
         tick();
     }
+    static_cast<void>(m_commands.level()); // what the last command brought comes in its name
+    m_isTicking = false;
     if (!m_system.isIdle())
     {
         const std::string where =
@@ -273,12 +248,22 @@ void HeadlessSession::drawPicture()
     {
         Kodo::KodoRandom::instance().seed(m_options.seed); // the same picture every time
         const RgbPicture picture = drawLevel(m_commands.level(), m_options.camera, m_options.size);
-        replaceFile(*m_options.picture, formatPng(picture));
+        const std::string png = formatPng(picture);
+        if (png.empty())
+        {
+            complain(name + ": not drawn: there is no PNG of such a picture");
+            return;
+        }
+        replaceFile(*m_options.picture, png);
         m_out << name << ": drawn, " << picture.width << "x" << picture.height << " pixels\n";
     }
     catch (const GlError& error)
     {
         complain(name + ": not drawn: " + error.what());
+    }
+    catch (const std::bad_alloc&) // what the scripts did is saved all the same
+    {
+        complain(name + ": not drawn: not enough memory");
     }
     catch (const FileError& error)
     {
@@ -319,22 +304,25 @@ void HeadlessSession::summarize()
     m_foreignReports.drain();
     m_out << "done: " << m_started << " of " << count(m_queued, "command") << " started in "
           << count(m_ticks, "tick") << ", " << count(m_complaints, "report") << "; "
-          << describe(m_commands.level().data()) << '\n';
+          << SessionText::describe(m_commands.level().data()) << '\n';
 }
 
 void HeadlessSession::receive(const Kodo::DebugMessage& message)
 {
     if (!Kodo::MainThreadTracker::isCurrentThreadMain())
     {
-        m_foreignReports.post([this, text = onOneLine(message.text)] { complain(text); });
+        m_foreignReports.post([this, text = SessionText::onOneLine(message.text)] { complain(text); });
         return;
     }
-    if (!m_parsing)
+    if (!m_isParsing)
     {
         announce();
     }
-    const ScriptLine line = m_parsing ? m_system.parsedLine() : m_system.startedLine();
-    complain((line.line == 0 ? std::string() : m_scripts.describe(line) + ": ") + onOneLine(message.text));
+    const ScriptLine line = m_isParsing   ? m_system.parsedLine()
+                            : m_isTicking ? m_system.startedLine()
+                                          : ScriptLine();
+    complain((line.line == 0 ? std::string() : m_scripts.describe(line) + ": ") +
+             SessionText::onOneLine(message.text));
 }
 
 void HeadlessSession::complain(const std::string& text)

@@ -55,7 +55,8 @@ private:
     NameCommands m_nameCommands;
     MainThreadQueue m_foreignReports;
     Kodo::DebugMessageSink m_sink;
-    bool m_parsing = false;
+    bool m_isParsing = false;
+    bool m_isTicking = false;
     std::uint64_t m_ticks = 0;
     std::size_t m_queued = 0;
     std::size_t m_notAnnounced = 0; ///< queued commands that have not been said to be started

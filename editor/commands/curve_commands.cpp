@@ -128,6 +128,7 @@ void split(CurveDocument& document, double parameter)
     {
         throw LevelError("the curve has no point");
     }
+    expectShowable({CurveGeometry::positionAt(document.curve(), parameter)});
     document.splitAt(parameter);
 }
 

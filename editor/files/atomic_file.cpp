@@ -110,6 +110,11 @@ private:
 
 void replaceTarget(const fs::path& target, std::string_view bytes)
 {
+    // A file that cannot be written in place is protected, though its directory may let it be replaced.
+    if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT)
+    {
+        fail(target, "writing", errno);
+    }
     fs::path directory = target.parent_path();
     directory = directory.empty() ? fs::path(".") : directory;
     // Not named after the file, whose own name may be as long as the system allows.

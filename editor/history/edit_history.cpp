@@ -68,13 +68,14 @@ void EditHistory::push(std::unique_ptr<IEdit> edit, bool interactive)
     ++m_changes;
     const Edits forgotten = std::exchange(m_undone, {});
     Edits& edits = m_depth > 0 ? m_open : m_done;
-    const bool together = m_depth > 0 || m_inSeries;
-    m_inSeries = interactive && m_depth == 0;
-    if (!together || edits.empty() || !edits.back()->absorb(*edit))
+    const bool isAbsorbed = (m_depth > 0 || m_inSeries) && !edits.empty() && edits.back()->absorb(*edit);
+    if (!isAbsorbed)
     {
+        endSeries();
         edits.push_back(std::move(edit));
     }
-    else if (edits.back()->isNothing() && !m_inSeries)
+    m_inSeries = interactive && m_depth == 0;
+    if (isAbsorbed && !m_inSeries && edits.back()->isNothing())
     {
         edits.pop_back();
     }
@@ -110,7 +111,10 @@ qua::Connection EditHistory::connectChanged(std::function<void()> slot)
 void EditHistory::open()
 {
     ++m_depth;
-    m_inSeries = false;
+    if (endSeries())
+    {
+        m_changed();
+    }
 }
 
 void EditHistory::close()
@@ -130,28 +134,58 @@ void EditHistory::close()
 
 void EditHistory::cancelOpen()
 {
-    CompositeEdit(std::exchange(m_open, {})).undo();
-}
-
-bool EditHistory::replay(Edits& from, Edits& to, void (IEdit::*direction)())
-{
-    if (m_depth > 0 || from.empty())
-    {
-        return false;
-    }
-    m_inSeries = false;
-    std::unique_ptr<IEdit> edit = std::move(from.back());
-    from.pop_back();
-    const std::size_t changes = ++m_changes;
     try
     {
-        (edit.get()->*direction)();
+        CompositeEdit(std::exchange(m_open, {})).undo();
     }
     catch (...)
     {
         clear();
         throw;
     }
+}
+
+bool EditHistory::endSeries()
+{
+    const bool isNothing = m_inSeries && !m_done.empty() && m_done.back()->isNothing();
+    if (isNothing)
+    {
+        m_done.pop_back();
+    }
+    m_inSeries = false;
+    return isNothing;
+}
+
+bool EditHistory::replay(Edits& from, Edits& to, void (IEdit::*direction)())
+{
+    if (m_depth > 0 || m_isReplaying)
+    {
+        return false;
+    }
+    const bool isForgotten = endSeries();
+    if (from.empty())
+    {
+        if (isForgotten)
+        {
+            m_changed();
+        }
+        return false;
+    }
+    std::unique_ptr<IEdit> edit = std::move(from.back());
+    from.pop_back();
+    const std::size_t changes = ++m_changes;
+    m_isReplaying = true;
+    try
+    {
+        (edit.get()->*direction)();
+    }
+    catch (...)
+    {
+        m_isReplaying = false;
+        clear();
+        throw;
+    }
+    m_isReplaying = false;
     if (m_changes == changes)
     {
         to.push_back(std::move(edit));

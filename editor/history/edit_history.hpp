@@ -10,8 +10,8 @@
 /// What has been edited, for undo and redo. An edit is pushed when it has been done. Main thread only.
 ///
 /// An edit that a listener makes while a step is undone or redone is a new edit like any other: the step
-/// cannot be redone (or undone) then. What a listener throws leaves undo() and redo(), and everything is
-/// forgotten: nobody knows how far the step has come.
+/// cannot be redone (or undone) then. What a listener throws leaves undo(), redo() and Step::cancel(), and
+/// everything is forgotten: nobody knows how far the step has come.
 class EditHistory
 {
 public:
@@ -54,7 +54,7 @@ public:
     /// the edit pushed directly after it may be absorbed, and ends the series unless it is interactive too.
     void push(std::unique_ptr<IEdit> edit, bool interactive = false);
 
-    /// False when there is nothing to undo or redo, or a step is open.
+    /// False when there is nothing to undo or redo, or a step is open or just being undone or redone.
     bool undo();
     bool redo();
     std::size_t undoCount() const noexcept { return m_done.size(); }
@@ -71,14 +71,17 @@ private:
     void open();
     void close();
     void cancelOpen();
+    /// Forgets a series that has come to nothing; whether it had.
+    bool endSeries();
     /// Moves the last step of @p from to @p to, replaying it on the way.
     bool replay(Edits& from, Edits& to, void (IEdit::*direction)());
 
     Edits m_done;
     Edits m_undone;
-    Edits m_open;              ///< of the step that is open
-    std::size_t m_depth = 0;   ///< of open steps
-    bool m_inSeries = false;   ///< the last edit was interactive
+    Edits m_open;            ///< of the step that is open
+    std::size_t m_depth = 0; ///< of open steps
+    bool m_inSeries = false; ///< the last edit was interactive
+    bool m_isReplaying = false;
     std::size_t m_changes = 0; ///< counts what happened to the lists
     qua::Signal<void()> m_changed;
 };

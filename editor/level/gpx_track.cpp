@@ -1,6 +1,7 @@
 #include "editor/level/gpx_track.hpp"
 
 #include "editor/files/file_error.hpp"
+#include "editor/search/ascii_case.hpp"
 
 #include <pugixml.hpp>
 
@@ -23,6 +24,32 @@ struct GeoPoint
     double elevation = 0;
 };
 
+/// Without the white space of XML at both ends.
+std::string_view withoutBlanks(std::string_view text)
+{
+    constexpr std::string_view BLANKS = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
+    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
+}
+
+/// The names of the elements that count, with the prefix of their namespace.
+struct ElementNames
+{
+    explicit ElementNames(const std::string& prefix)
+        : gpx(prefix + "gpx"), track(prefix + "trk"), segment(prefix + "trkseg"), point(prefix + "trkpt"),
+          elevation(prefix + "ele")
+    {
+    }
+
+    std::string gpx;
+    std::string track;
+    std::string segment;
+    std::string point;
+    std::string elevation;
+};
+
+/// Takes the track points out of a GPX document. Its elements may have a namespace's prefix, the root's;
+/// those of other prefixes are foreign.
 class GpxReader
 {
 public:
@@ -36,19 +63,21 @@ public:
         {
             fail(static_cast<std::size_t>(result.offset), std::string("not XML: ") + result.description());
         }
-        const pugi::xml_node gpx = document.child("gpx");
-        if (!gpx)
+        const pugi::xml_node gpx = document.document_element();
+        const std::string root = gpx.name();
+        const ElementNames names(root.substr(0, root.find(':') + 1)); // no prefix where there is no colon
+        if (root != names.gpx)
         {
-            fail(document.document_element().offset_debug(), "no GPX: the root element is not \"gpx\"");
+            fail(gpx.offset_debug(), "no GPX: the root element is not \"gpx\"");
         }
         std::vector<GeoPoint> points;
-        for (const pugi::xml_node track : gpx.children("trk"))
+        for (const pugi::xml_node track : gpx.children(names.track.c_str()))
         {
-            for (const pugi::xml_node segment : track.children("trkseg"))
+            for (const pugi::xml_node segment : track.children(names.segment.c_str()))
             {
-                for (const pugi::xml_node point : segment.children("trkpt"))
+                for (const pugi::xml_node point : segment.children(names.point.c_str()))
                 {
-                    points.push_back(readPoint(point));
+                    points.push_back(readPoint(point, names));
                 }
             }
         }
@@ -71,17 +100,12 @@ private:
 
     double readNumber(const pugi::xml_node& node, std::string_view text, const char* what, double limit) const
     {
-        while (!text.empty() && std::string_view(" \t\r\n").find(text.front()) != std::string_view::npos)
-        {
-            text.remove_prefix(1);
-        }
-        while (!text.empty() && std::string_view(" \t\r\n").find(text.back()) != std::string_view::npos)
-        {
-            text.remove_suffix(1);
-        }
+        text = withoutBlanks(text);
+        const bool hasPlus = text.starts_with('+') && !text.starts_with("+-"); // from_chars does not take it
+        const std::string_view digits = text.substr(hasPlus ? 1 : 0);
         double value = 0;
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-        if (error != std::errc() || end != text.data() + text.size() || !(std::abs(value) <= limit))
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        if (error != std::errc() || end != digits.data() + digits.size() || !(std::abs(value) <= limit))
         {
             fail(node.offset_debug(),
                  std::string("a track point's ") + what + " is wrong: \"" + std::string(text) + "\"");
@@ -89,13 +113,13 @@ private:
         return value;
     }
 
-    GeoPoint readPoint(const pugi::xml_node& node) const
+    GeoPoint readPoint(const pugi::xml_node& node, const ElementNames& names) const
     {
         constexpr double HIGHEST = 1e6;
         GeoPoint point;
         point.latitude = readNumber(node, node.attribute("lat").value(), "latitude", 90);
         point.longitude = readNumber(node, node.attribute("lon").value(), "longitude", 180);
-        if (const pugi::xml_node elevation = node.child("ele"))
+        if (const pugi::xml_node elevation = node.child(names.elevation.c_str()))
         {
             point.elevation = readNumber(node, elevation.child_value(), "elevation", HIGHEST);
         }
@@ -142,7 +166,7 @@ Position project(const GeoPoint& point, const GeoPoint& origin)
 
 bool isTrackFile(const fs::path& file)
 {
-    return file.extension() == ".gpx";
+    return AsciiCase::equal(displayName(file.extension()), ".gpx");
 }
 
 std::vector<Position> readGpxTrack(const fs::path& file, TrackOrigin origin)

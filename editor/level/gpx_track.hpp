@@ -13,7 +13,7 @@ enum class TrackOrigin
     Middle      ///< the middle between the extremes of latitude and longitude, and the sea's level
 };
 
-/// Whether a file's name ends in ".gpx".
+/// Whether a file's name ends in ".gpx", in capitals or not: devices write both.
 bool isTrackFile(const std::filesystem::path& file);
 
 /// The track points of a GPX file, all segments in order, as metres from the origin, on the sphere of the

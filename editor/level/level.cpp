@@ -134,6 +134,10 @@ void Level::addCurve(const Curve& curve)
         throw LevelError("there is a curve \"" + curve.name + "\" already");
     }
     expectShowable(curve.points);
+    for (const CurveHandles& handles : curve.handles)
+    {
+        expectShowable({handles.in, handles.out});
+    }
     const auto document = CurveDocument::make(curve, m_history);
     m_curves.push_back(document);
     m_history->push(std::make_unique<CurveEdit>(*this, m_curves.size() - 1, document, true));

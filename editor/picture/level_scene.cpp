@@ -6,6 +6,7 @@
 #include "kodo/chunk/chunk_manager.hpp"
 #include "kodo/chunk/space_manager.hpp"
 #include "kodo/collision/collision_scene_manager.hpp"
+#include "kodo/core/debug_message_helper.hpp"
 #include "tern_common/utils/color_generator.hpp"
 
 #include <algorithm>
@@ -61,18 +62,34 @@ void setColors(CurveView& view, const ColourRGBAFloat& color)
     view.setCurveColorDown(packed(color, HIDDEN));
 }
 
-SceneBounds boundsOfCurves(const std::vector<std::unique_ptr<CurveView>>& views)
+/// Its points, and where it bends, the places between them through which a view draws it.
+SceneBounds boundsOfCurve(const EditorCurve& curve)
 {
     SceneBounds bounds;
-    for (const auto& view : views)
+    const bool isStraight = curve.document()->curve().kind == CurveKind::Linear;
+    const std::size_t points = curve.pointCount();
+    for (std::size_t i = 0; i < points; ++i)
     {
-        const CurveView::IAbstractCurve& curve = *view->getCurve();
-        for (std::size_t i = 0; i < curve.pointCount(); ++i)
+        bounds.include(curve.pointPosition(i));
+        const float steps = isStraight || i + 1 == points ? 0.0F : curve.segmentResolution(i);
+        for (float step = 1.0F; step < steps; ++step)
         {
-            bounds.include(curve.pointPosition(i));
+            bounds.include(curve.positionAt(curve.pointParameter(i) + step / steps));
         }
     }
     return bounds;
+}
+
+/// Whether a picture can show all of a curve; one that it cannot is reported.
+bool expectDrawable(const EditorCurve& curve, const SceneBounds& bounds)
+{
+    if (curve.isValid() && (bounds.isEmpty() || (isDrawable(bounds.low()) && isDrawable(bounds.high()))))
+    {
+        return true;
+    }
+    Kodo::DebugMessageHelper(0, 5).message("The curve '" + curve.document()->curve().name +
+                                           "' reaches farther than a picture does: it is not drawn");
+    return false;
 }
 
 } // namespace
@@ -93,24 +110,41 @@ LevelScene::Space::~Space()
 LevelScene::LevelScene(const Level& level, int spaceId) : m_space(spaceId)
 {
     ColorGenerator colors = colorsFor(level);
+    SceneBounds curves;
     for (const auto& document : level.documents())
     {
         auto curve = std::make_unique<EditorCurve>(document);
-        if (!curve->isValid())
+        const SceneBounds bounds = boundsOfCurve(*curve);
+        if (!expectDrawable(*curve, bounds))
         {
             continue;
+        }
+        for (const Kodo::Vector3& place : bounds.points())
+        {
+            curves.include(place);
         }
         auto view = std::make_unique<CurveView>(std::move(curve), spaceId);
         setColors(*view, document->curve().color ? ColourRGBAFloat(*document->curve().color) : colors());
         view->setCurveThickness(CURVE_THICKNESS);
         m_views.push_back(std::move(view));
     }
-    const SceneBounds curves = boundsOfCurves(m_views);
     m_solids = solidsOf(level.items(), curves);
     m_bounds = boundsOf(m_solids, curves);
 }
 
 LevelScene::~LevelScene() = default;
+
+void LevelScene::fixPointSize(float metres)
+{
+    for (const auto& view : m_views)
+    {
+        for (const auto& point : view->getControlPoints())
+        {
+            point->enableAutoScale(false);
+            point->setScale(metres);
+        }
+    }
+}
 
 void LevelScene::render(Kodo::DebugDrawer::Context& context) const
 {

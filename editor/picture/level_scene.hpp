@@ -10,8 +10,8 @@
 #include <vector>
 
 /// A level as it stands in a space of the scene: its items as boxes on a ground, and a CurveView for each
-/// curve with points. Shows the curves' later edits, and neither items nor curves that come or go. Main
-/// thread only.
+/// curve. What stands farther than isDrawable() is reported and left out. Shows the curves' later edits, and
+/// neither items nor curves that come or go. Main thread only.
 class LevelScene
 {
 public:
@@ -25,6 +25,10 @@ public:
     /// What is to be seen when the scene is built.
     const SceneBounds& bounds() const noexcept { return m_bounds; }
     const std::vector<std::unique_ptr<CurveView>>& views() const noexcept { return m_views; }
+
+    /// Gives the control points that there are this radius, wherever the camera is. Else they grow with their
+    /// distance from it, so as to look the same in perspective.
+    void fixPointSize(float metres);
 
     /// Records all curves and their control points, as the scene camera of the render system sees them.
     void render(Kodo::DebugDrawer::Context& context) const;

@@ -1,5 +1,6 @@
 #include "editor/picture/level_solids.hpp"
 
+#include "editor/curve/position_text.hpp"
 #include "kodo/core/debug_message_helper.hpp"
 
 #include <array>
@@ -66,21 +67,29 @@ Vector3 sizeOf(const Item& item)
     return size.value_or(DEFAULT_SIZE);
 }
 
-Vector3 placeOf(const Item& item)
+/// The items that a picture can show; each other one is reported.
+std::vector<const Item*> drawableItems(const std::vector<Item>& items)
 {
-    return {static_cast<float>(item.position[0]), static_cast<float>(item.position[1]),
-            static_cast<float>(item.position[2])};
-}
-
-bool isFinite(const Vector3& place)
-{
-    return std::isfinite(place.x) && std::isfinite(place.y) && std::isfinite(place.z);
+    std::vector<const Item*> drawable;
+    for (const Item& item : items)
+    {
+        if (isDrawable(toVector(item.position)))
+        {
+            drawable.push_back(&item);
+        }
+        else
+        {
+            Kodo::DebugMessageHelper(0, 5).message(
+                "The item '" + item.name + "' stands farther than a picture reaches: it is not drawn");
+        }
+    }
+    return drawable;
 }
 
 SolidBox boxOf(const Item& item, float groundHeight)
 {
     const Vector3 size = sizeOf(item);
-    const Vector3 place = placeOf(item);
+    const Vector3 place = toVector(item.position);
     const float height = place.y + size.y - groundHeight;
     return {{place.x, groundHeight + height / 2.0F, place.z}, {size.x / 2.0F, height / 2.0F, size.z / 2.0F}};
 }
@@ -107,22 +116,20 @@ SolidScene solidsOf(const std::vector<Item>& items, const SceneBounds& curves)
     std::set<std::string_view> types;
     for (const Item& item : items)
     {
-        if (isFinite(placeOf(item)))
-        {
-            places.include(placeOf(item));
-        }
         types.insert(item.type);
+    }
+    const std::vector<const Item*> drawable = drawableItems(items);
+    for (const Item* const item : drawable)
+    {
+        places.include(toVector(item->position));
     }
     const float groundHeight = places.isEmpty() ? 0.0F : places.low().y - GAP_TO_GROUND;
     SolidScene scene;
-    for (const Item& item : items)
+    for (const Item* const item : drawable)
     {
-        if (isFinite(placeOf(item)))
-        {
-            const auto number = static_cast<std::size_t>(std::distance(types.begin(), types.find(item.type)));
-            scene.boxes.push_back(boxOf(item, groundHeight));
-            scene.boxes.back().color = BOX_COLORS[number % BOX_COLORS.size()];
-        }
+        const auto number = static_cast<std::size_t>(std::distance(types.begin(), types.find(item->type)));
+        scene.boxes.push_back(boxOf(*item, groundHeight));
+        scene.boxes.back().color = BOX_COLORS[number % BOX_COLORS.size()];
     }
     const SceneBounds bounds = boundsOf(scene, curves);
     scene.ground = bounds.isEmpty() ? Ground{} : groundOf(bounds, groundHeight);

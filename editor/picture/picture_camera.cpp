@@ -90,15 +90,13 @@ void centreInParallel(Camera& camera, const SceneBounds& bounds)
     camera.lookAt(eye, eye + forward, UP);
 }
 
-/// Moves the camera so far back from the middle of the points that control points, which grow with their
-/// distance, look as large as in perspective.
+/// Moves the camera back from the middle of the points until all of them are before it, and some of the
+/// ground.
 void stepBackInParallel(Camera& camera, const SceneBounds& bounds, float height)
 {
     const Vector3 eye = camera.worldMatrix().translation();
     const Vector3 forward = camera.worldMatrix().row(2);
-    const float back =
-        std::max(height / (2.0F * std::tan(radians(DEFAULT_FIELD_OF_VIEW) / 2.0F)), bounds.radius() * 1.1F);
-    camera.lookAt(eye - forward * back, eye, UP);
+    camera.lookAt(eye - forward * std::max(height * 1.2F, bounds.radius() * 1.1F), eye, UP);
 }
 
 float distanceTo(const SceneBounds& bounds, const Vector3& place)

@@ -3,8 +3,17 @@
 #include "kodo/math/vector3.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
+
+/// Whether a picture can show a place: with coordinates far larger the squares of distances leave the floats.
+inline bool isDrawable(const Kodo::Vector3& place) noexcept
+{
+    constexpr float MOST_METRES = 1e12F;
+    return std::fabs(place.x) <= MOST_METRES && std::fabs(place.y) <= MOST_METRES &&
+           std::fabs(place.z) <= MOST_METRES;
+}
 
 /// Points, and the smallest box along the axes that holds them. A plain value.
 class SceneBounds

@@ -167,6 +167,17 @@ void setDepthUse(bool test, bool write)
     glDepthMask(write ? GL_TRUE : GL_FALSE);
 }
 
+bool isFinite(const Kodo::Render::ColourRGBAFloat& color)
+{
+    return std::isfinite(color.r()) && std::isfinite(color.g()) && std::isfinite(color.b());
+}
+
+bool isFinite(const Kodo::Quaternion& rotation)
+{
+    return std::isfinite(rotation.x) && std::isfinite(rotation.y) && std::isfinite(rotation.z) &&
+           std::isfinite(rotation.w);
+}
+
 bool isUsable(float scale)
 {
     return std::isfinite(scale) && scale != 0.0F;
@@ -251,7 +262,7 @@ void DebugPainter::uploadPoints(const Context& context)
 
 void DebugPainter::paintLine(const LineRecord& line) const
 {
-    if (line.pointCount == 0)
+    if (line.pointCount == 0 || !std::isfinite(line.width) || !isFinite(line.colour))
     {
         return;
     }
@@ -273,7 +284,8 @@ void DebugPainter::paintLine(const LineRecord& line) const
 void DebugPainter::paintSphere(const SphereRecord& sphere) const
 {
     const Vector3 scale(std::fabs(sphere.scale.x), std::fabs(sphere.scale.y), std::fabs(sphere.scale.z));
-    if (!isUsable(scale.x) || !isUsable(scale.y) || !isUsable(scale.z))
+    if (!isUsable(scale.x) || !isUsable(scale.y) || !isUsable(scale.z) || !isFinite(sphere.rotation) ||
+        !isFinite(sphere.colour))
     {
         return;
     }

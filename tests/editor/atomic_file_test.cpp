@@ -10,8 +10,11 @@
 
 #if !defined(_WIN32)
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace fs = std::filesystem;
@@ -118,6 +121,49 @@ TEST(AtomicFileTest, OnlyARegularFileIsRead)
     EXPECT_THROW(readWholeFile(pipe), FileError); // without waiting for someone to write into it
     EXPECT_THROW(readWholeFile("/dev/zero"), FileError);
     EXPECT_THROW(readWholeFile(directory.path()), FileError);
+}
+
+/// Takes root's rights from the process: root may write to what is protected, too.
+class AsNobody
+{
+public:
+    AsNobody() : m_before(::geteuid())
+    {
+        constexpr uid_t NOBODY = 65534;
+        m_isChanged = m_before == 0 && ::seteuid(NOBODY) == 0;
+    }
+    AsNobody(const AsNobody&) = delete;
+    AsNobody& operator=(const AsNobody&) = delete;
+    ~AsNobody()
+    {
+        if (m_isChanged && ::seteuid(m_before) != 0)
+        {
+            std::abort();
+        }
+    }
+
+private:
+    uid_t m_before;
+    bool m_isChanged = false;
+};
+
+TEST(AtomicFileTest, AWriteProtectedFileIsNotReplaced)
+{
+    const TemporaryDirectory directory;
+    fs::permissions(directory.path(), fs::perms::all);
+    const fs::path file = directory.write("a", "before");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    {
+        const AsNobody nobody;
+        if (::geteuid() == 0 || ::faccessat(AT_FDCWD, directory.path().c_str(), W_OK, AT_EACCESS) != 0)
+        {
+            GTEST_SKIP() << "there is no user here to whom the directory is open and the file is not";
+        }
+        EXPECT_THROW(replaceFile(file, "after"), FileError);
+        replaceFile(directory.path() / "b", "new");
+    }
+    EXPECT_EQ(readFile(file), "before");
+    EXPECT_EQ(fileCount(directory.path()), 2U);
 }
 
 TEST(AtomicFileTest, AFullDiskLeavesTheOldFile)

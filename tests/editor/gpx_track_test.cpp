@@ -77,6 +77,52 @@ TEST(GpxTrackTest, MayBeCountedFromItsMiddleAndTheSea)
     EXPECT_EQ(points[4][1], 6.3);
 }
 
+TEST(GpxTrackTest, SegmentsAndTracksFollowOneAnother)
+{
+    const std::vector<Position> points = parseGpxTrack(
+        "<gpx><wpt lat='9' lon='9'/><trk><trkseg><trkpt lat='0' lon='0'/></trkseg><trkseg/></trk>"
+        "<rte><rtept lat='9' lon='9'/></rte><trk><trkseg><trkpt lat='0' lon='1'/></trkseg></trk></gpx>",
+        "a");
+    ASSERT_EQ(points.size(), 2U);
+    EXPECT_EQ(points[0], (Position{0, 0, 0}));
+    EXPECT_NEAR(points[1][0], METRES_PER_DEGREE, 1e-6);
+}
+
+TEST(GpxTrackTest, ElementsMayHaveThePrefixOfTheirNamespaceAndThoseOfOthersDoNotCount)
+{
+    const std::vector<Position> points = parseGpxTrack(
+        "<?xml version='1.0'?><!-- a --><g:gpx xmlns:g='http://www.topografix.com/GPX/1/1' xmlns:x='urn:x'>"
+        "<x:trk/><g:trk><g:trkseg><x:trkpt/><g:trkpt lat='0' lon='0'/>"
+        "<g:trkpt lat='0' lon='1'><x:ele>deep</x:ele><g:ele>7</g:ele></g:trkpt></g:trkseg></g:trk></g:gpx>",
+        "a");
+    ASSERT_EQ(points.size(), 2U);
+    EXPECT_EQ(points[1][1], 7.0);
+    EXPECT_EQ(complaint("<g:kml/>"), "a.gpx:1:2: no GPX: the root element is not \"gpx\"");
+}
+
+TEST(GpxTrackTest, ANumberMayHaveAPlusAndBlanksAroundIt)
+{
+    const std::vector<Position> points = parseGpxTrack(
+        track("<trkpt lat='+0' lon=' +1.0 '><ele>\n+3\n</ele></trkpt><trkpt lat='-0' lon='2'/>"), "a",
+        TrackOrigin::Middle);
+    EXPECT_NEAR(points[0][0], -METRES_PER_DEGREE / 2, 1e-6);
+    EXPECT_EQ(points[0][1], 3.0);
+    for (const char* const number : {"+", "+-1", "++1", "1 2", "0x1", "1,5", "inf", "-180.0000001", "1e999"})
+    {
+        EXPECT_EQ(complaint(track("<trkpt lat='1' lon='" + std::string(number) + "'/>")),
+                  "a.gpx:1:20: a track point's longitude is wrong: \"" + std::string(number) + "\"");
+    }
+}
+
+TEST(GpxTrackTest, ATrackOfOnePointIsThatPoint)
+{
+    EXPECT_EQ(parseGpxTrack(track("<trkpt lat='-90' lon='180'><ele>5</ele></trkpt>"), "a"),
+              (std::vector<Position>{{0, 0, 0}}));
+    EXPECT_EQ(
+        parseGpxTrack(track("<trkpt lat='90' lon='-180'><ele>5</ele></trkpt>"), "a", TrackOrigin::Middle),
+        (std::vector<Position>{{0, 5, 0}}));
+}
+
 TEST(GpxTrackTest, DistancesAreThoseOnTheSphere)
 {
     const std::vector<Position> points =
@@ -112,6 +158,10 @@ TEST(TrackCurveTest, ATrackIsACurveNamedLikeItsFile)
     const TemporaryDirectory directory;
     EXPECT_EQ(readTrackCurve(directory.write("1st run.gpx", track("<trkpt lat='0' lon='1'/>"))).name,
               "_1st_run");
+    EXPECT_EQ(readDocument(directory.write("TRACK.GPX", track("<trkpt lat='0' lon='1'/>"))).curves[0].name,
+              "TRACK");
+    EXPECT_FALSE(isTrackFile("gpx"));
+    EXPECT_FALSE(isTrackFile("a.gpx.level"));
 }
 
 TEST(GpxTrackTest, SaysWhatIsWrongAndWhere)

@@ -139,6 +139,15 @@ TEST_F(LevelTest, ADocumentMayOutliveItsLevel)
 TEST_F(LevelTest, RefusesACurveThatTheSceneCannotHold)
 {
     EXPECT_THROW(m_level.addCurve({"road", false, {{1e39, 0, 0}}}), LevelError);
+    EXPECT_THROW(m_level.addCurve({"road", false, {{0, 0, 0}}, CurveKind::Bezier, {{{0, 0, -1e39}, {}}}}),
+                 LevelError);
+    EXPECT_THROW(m_level.addCurve({"road",
+                                   false,
+                                   {{0, 0, 0}},
+                                   CurveKind::Bezier,
+                                   {{{}, {std::numeric_limits<double>::quiet_NaN(), 0, 0}}}}),
+                 LevelError);
+    EXPECT_TRUE(m_level.curves().empty());
     m_level.addCurve("road");
     EXPECT_THROW(m_level.addPoints("road", {{0, 0, 1e39}}), LevelError);
 }

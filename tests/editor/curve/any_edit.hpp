@@ -1,11 +1,28 @@
 #pragma once
 
 #include "editor/curve/curve_document.hpp"
+#include "editor/curve/curve_geometry.hpp"
 #include "tests/editor/curve/any_curve.hpp"
 
 #include <rapidcheck.h>
 
 #include <cstddef>
+#include <memory>
+
+/// A document with a random curve, now and then one of those that only a file brings: not valid until edits
+/// mend it, and again when they are undone.
+inline std::shared_ptr<CurveDocument> anyDocument()
+{
+    constexpr double TOO_FAR = 1e39;
+    Curve curve = anyCurve(anyKind(), 0);
+    if (!curve.points.empty() && *rc::gen::inRange(0, 3) == 0)
+    {
+        const auto index = *rc::gen::inRange<std::size_t>(0, curve.points.size());
+        const bool isHandle = curve.kind == CurveKind::Bezier && *rc::gen::arbitrary<bool>();
+        (isHandle ? curve.handles[index].in : curve.points[index])[1] = TOO_FAR;
+    }
+    return CurveDocument::make(curve);
+}
 
 /// Makes a random edit of a document, one of those that change no history but by being remembered.
 inline void makeAnyEdit(CurveDocument& document)
@@ -20,7 +37,11 @@ inline void makeAnyEdit(CurveDocument& document)
     }
     else if (choice == 3)
     {
-        document.splitAt(anyParameter(static_cast<double>(points)));
+        const double parameter = anyParameter(static_cast<double>(points));
+        if (isShowable(CurveGeometry::positionAt(curve, parameter))) // else it is refused, and that reported
+        {
+            document.splitAt(parameter);
+        }
     }
     else if (choice == 4)
     {

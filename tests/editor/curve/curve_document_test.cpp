@@ -38,7 +38,7 @@ struct Snapshot
 
 RC_GTEST_PROP(CurveDocumentTest, UndoAndRedoGiveExactlyTheSameData, ())
 {
-    const auto document = CurveDocument::make(anyCurve(anyKind(), 0));
+    const auto document = anyDocument();
     std::vector<Snapshot> past{Snapshot(*document)};
     std::size_t now = 0;
     const int edits = *rc::gen::inRange(1, 30);
@@ -243,7 +243,39 @@ TEST(CurveDocumentTest, HandlesThatAKindHasNoUseForAreDropped)
     EXPECT_EQ(CurveDocument::make(curve)->curve().handles.size(), 3U);
 }
 
-TEST(CurveDocumentTest, AListenerMayEditAndUndo)
+TEST(CurveDocumentTest, APlaceOfTheCurveOutsideTheSceneIsNotSplit)
+{
+    constexpr double FAR = 3.4e38;
+    const Curve wide{"wide",
+                     true,
+                     {{-FAR, 0, 0}, {0, FAR, 0}, {FAR, 0, 0}, {0, -FAR, 0}},
+                     CurveKind::Bezier,
+                     {{{-FAR, 0, 0}, {-FAR, 0, 0}}, {}, {}, {}}};
+    const auto document = CurveDocument::make(wide);
+    const ExpectReports reports{"isShowable(position)"};
+    EXPECT_FALSE(document->splitAt(0.3));
+    EXPECT_EQ(document->curve(), wide);
+    EXPECT_EQ(document->history().undoCount(), 0U);
+}
+
+TEST(CurveDocumentTest, AListenerMayTakeBackTheEditThatItHearsOf)
+{
+    const auto document = CurveDocument::make(line());
+    const qua::Connection veto = document->connectChanged(
+        [&]
+        {
+            if (document->curve().points.size() < 3)
+            {
+                EXPECT_TRUE(document->history().undo());
+            }
+        });
+    document->removePoint(1);
+    EXPECT_EQ(document->curve(), line());
+    EXPECT_EQ(document->history().undoCount(), 0U);
+    EXPECT_EQ(document->history().redoCount(), 1U);
+}
+
+TEST(CurveDocumentTest, AListenerMayEditTheCurve)
 {
     const auto document = CurveDocument::make(line());
     const qua::Connection snap = document->connectChanged(

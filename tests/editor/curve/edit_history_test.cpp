@@ -22,12 +22,12 @@ public:
     /// Small letters go together with small letters behind them.
     bool absorb(const IEdit& next) override
     {
-        const auto& letter = dynamic_cast<const Letter&>(next);
-        if (letter.m_letters.front() < 'a' || m_letters.front() < 'a')
+        const auto* const letter = dynamic_cast<const Letter*>(&next);
+        if (letter == nullptr || letter->m_letters.front() < 'a' || m_letters.front() < 'a')
         {
             return false;
         }
-        m_letters += letter.m_letters;
+        m_letters += letter->m_letters;
         return true;
     }
     bool isNothing() const override { return m_letters.ends_with('!'); }
@@ -35,6 +35,18 @@ public:
 private:
     std::string& m_text;
     std::string m_letters;
+};
+
+/// Calls a function when it is undone, as a listener would be called.
+class Reacting final : public EditHistory::IEdit
+{
+public:
+    explicit Reacting(std::function<void()> react) : m_react(std::move(react)) {}
+    void undo() override { m_react(); }
+    void redo() override {}
+
+private:
+    std::function<void()> m_react;
 };
 
 class EditHistoryTest : public testing::Test
@@ -162,18 +174,32 @@ TEST_F(EditHistoryTest, ASeriesThatComesToNothingIsForgotten)
     EXPECT_EQ(m_history.undoCount(), 0U);
 }
 
+TEST_F(EditHistoryTest, ASeriesThatCameToNothingIsForgottenWhateverEndsIt)
+{
+    const auto comeToNothing = [this]
+    {
+        m_history.clear();
+        type('A');
+        type('a', true);
+        m_text += "b!";
+        m_history.push(std::make_unique<Letter>(m_text, "b!"), true);
+    };
+    comeToNothing();
+    type('B');
+    EXPECT_EQ(m_history.undoCount(), 2U) << "another edit";
+    comeToNothing();
+    {
+        const EditHistory::Step step(m_history);
+    }
+    EXPECT_EQ(m_history.undoCount(), 1U) << "a step";
+    comeToNothing();
+    EXPECT_TRUE(m_history.undo());
+    EXPECT_EQ(m_history.undoCount(), 0U) << "an undo, which is of what was before";
+    EXPECT_EQ(m_history.redoCount(), 1U);
+}
+
 TEST_F(EditHistoryTest, AnEditMadeDuringAnUndoIsRememberedInsteadOfWhatWasUndone)
 {
-    class Reacting final : public EditHistory::IEdit
-    {
-    public:
-        explicit Reacting(std::function<void()> react) : m_react(std::move(react)) {}
-        void undo() override { m_react(); }
-        void redo() override {}
-
-    private:
-        std::function<void()> m_react;
-    };
     m_history.push(std::make_unique<Reacting>([this] { type('R'); }));
     EXPECT_TRUE(m_history.undo());
     EXPECT_EQ(m_history.undoCount(), 1U);
@@ -182,20 +208,44 @@ TEST_F(EditHistoryTest, AnEditMadeDuringAnUndoIsRememberedInsteadOfWhatWasUndone
     EXPECT_EQ(m_text, "");
 }
 
+TEST_F(EditHistoryTest, NothingElseIsUndoneOrRedoneDuringAnUndo)
+{
+    type('A');
+    m_history.push(std::make_unique<Reacting>(
+        [this]
+        {
+            EXPECT_FALSE(m_history.undo());
+            EXPECT_FALSE(m_history.redo());
+        }));
+    EXPECT_TRUE(m_history.undo());
+    EXPECT_EQ(m_text, "A");
+    EXPECT_EQ(m_history.undoCount(), 1U);
+    EXPECT_EQ(m_history.redoCount(), 1U);
+    EXPECT_TRUE(m_history.undo());
+}
+
 TEST_F(EditHistoryTest, AnUndoThatThrowsForgetsEverything)
 {
-    class Throwing final : public EditHistory::IEdit
-    {
-    public:
-        void undo() override { throw std::runtime_error("listener"); }
-        void redo() override {}
-    };
     type('A');
-    m_history.push(std::make_unique<Throwing>());
+    m_history.push(std::make_unique<Reacting>([] { throw std::runtime_error("listener"); }));
     EXPECT_THROW(m_history.undo(), std::runtime_error);
     EXPECT_FALSE(m_history.undo());
     EXPECT_FALSE(m_history.redo());
     EXPECT_EQ(m_text, "A");
+    type('B');
+    EXPECT_TRUE(m_history.undo());
+}
+
+TEST_F(EditHistoryTest, ACancelThatThrowsForgetsEverything)
+{
+    type('A');
+    EditHistory::Step step(m_history);
+    type('B');
+    m_history.push(std::make_unique<Reacting>([] { throw std::runtime_error("listener"); }));
+    EXPECT_THROW(step.cancel(), std::runtime_error);
+    EXPECT_EQ(m_history.undoCount(), 0U);
+    step.cancel();
+    EXPECT_EQ(m_text, "AB");
 }
 
 TEST_F(EditHistoryTest, SaysWhenItHasChanged)
@@ -212,6 +262,12 @@ TEST_F(EditHistoryTest, SaysWhenItHasChanged)
     EXPECT_EQ(times, 4);
     m_history.undo();
     EXPECT_EQ(times, 4);
+    type('a', true);
+    m_text += "b!";
+    m_history.push(std::make_unique<Letter>(m_text, "b!"), true);
+    EXPECT_EQ(times, 6);
+    EXPECT_FALSE(m_history.undo());
+    EXPECT_EQ(times, 7) << "the series that came to nothing is gone";
 }
 
 } // namespace

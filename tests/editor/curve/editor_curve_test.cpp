@@ -293,7 +293,7 @@ private:
 
 RC_GTEST_PROP(EditorCurvePropertyTest, WhoeverFollowsTheSignalsKnowsThePoints, ())
 {
-    const auto document = CurveDocument::make(anyCurve(anyKind(), 0));
+    const auto document = anyDocument();
     EditorCurve curve(document);
     const Follower follower(curve);
     const int edits = *rc::gen::inRange(1, 30);

@@ -112,7 +112,7 @@ Kodo::Matrix turnedOrigin()
 RC_GTEST_PROP(ShownCurveProperty, AViewShowsAfterEveryEditUndoAndRedoWhatAFreshViewShows, ())
 {
     const Scene scene;
-    const auto document = CurveDocument::make(anyCurve(anyKind(), 0));
+    const auto document = anyDocument();
     ShownCurve curve(document);
     if (*rc::gen::arbitrary<bool>())
     {
@@ -136,6 +136,26 @@ RC_GTEST_PROP(ShownCurveProperty, AViewShowsAfterEveryEditUndoAndRedoWhatAFreshV
         fresh.view().setOrigin(curve.view().getOrigin());
         RC_ASSERT(curve.shown() == fresh.shown());
     }
+}
+
+TEST(InvalidShownCurveTest, AViewShowsACurveThatBecomesValidNotValidAndValidAgain)
+{
+    const Scene scene;
+    const auto document =
+        CurveDocument::make({"a", false, {{0, 0, 0}, {1e39, 0, 0}, {10, 0, 10}}, CurveKind::CatmullRom});
+    ShownCurve curve(document);
+    EXPECT_TRUE(curve.shown().line.empty());
+    document->movePoint(1, {10, 0, 0});
+    EXPECT_EQ(curve.shown().line.size(), 2 * 16U + 1U);
+    document->history().undo();
+    EXPECT_TRUE(curve.shown().line.empty());
+    document->removePoint(0);
+    EXPECT_TRUE(curve.shown().line.empty());
+    document->history().undo();
+    document->history().redo();
+    document->removePoint(0);
+    EXPECT_EQ(curve.shown().line, (std::vector<Kodo::Vector3>{{10, 0, 10}}));
+    EXPECT_EQ(curve.shown().controlPoints.size(), 1U);
 }
 
 class ShownCurveTest : public testing::Test

@@ -170,6 +170,13 @@ TEST_F(DebugPainterTest, LeavesOutWhatHasNoPlace)
     drawn.sphere().scale({0, 1, 1});
     drawn.sphere().scale({NOTHING, 1, 1});
     drawn.sphere().scale({FAR, 1, 1});
+    for (const float number : {NOTHING, FAR})
+    {
+        drawn.line().colour(RED).point({0, 0, 0}).point({1, 0, 0}).width(number);
+        drawn.line().colour({1, number, 0, 1}).point({0, 0, 0}).point({1, 0, 0}).width(1.0F);
+        drawn.sphere().colour({1, number, 0, 1});
+        drawn.sphere().rotation({number, 0, 0, 1});
+    }
     EXPECT_EQ(paintedPixels(paintFlat(drawn), flatCamera()), 0U);
 }
 

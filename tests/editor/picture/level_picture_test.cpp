@@ -84,6 +84,49 @@ TEST(LevelSceneTest, GivesCurvesColoursOfTheirOwn)
     EXPECT_FALSE(scene.bounds().isEmpty());
 }
 
+TEST(LevelSceneTest, IsAsLargeAsItsCurvesBendAndTheGroundLiesBelowAllOfThem)
+{
+    Level level;
+    level.addCurve(Curve{
+        "loop", false, {{0, 0, 0}, {10, 0, 0}}, CurveKind::Bezier, {{{}, {0, 60, 0}}, {{0, -60, 0}, {}}}});
+    const LevelScene scene(level, SPACE);
+    EXPECT_NEAR(scene.bounds().high().y, 17.3F, 0.1F); // 180 u (1-u) (1-2u) at its highest
+    EXPECT_NEAR(scene.bounds().low().y, -17.3F, 0.1F);
+    EXPECT_LT(scene.solids().ground->centre.y, scene.bounds().low().y);
+}
+
+TEST(LevelSceneTest, ReportsWhatIsTooFarToBeDrawnAndDrawsTheRest)
+{
+    Level level;
+    level.replace(parseLevel(R"({"format": "tern-level", "version": 1,
+        "curves": [{"name": "beyond", "points": [[1e39, 0, 0], [0, 0, 0]]}, {"name": "near", "points": [[1, 2, 3]]},
+                   {"name": "far", "points": [[0, 0, 0], [0, 0, -2e12]]}],
+        "items": [{"name": "lost", "type": "a", "position": [0, 1e300, 0]}, {"name": "hut", "type": "b"}]})",
+                             "far.level"));
+    const ExpectReports reports{"The curve 'beyond' reaches farther than a picture does: it is not drawn",
+                                "The curve 'far' reaches farther than a picture does: it is not drawn",
+                                "The item 'lost' stands farther than a picture reaches: it is not drawn"};
+    const LevelScene scene(level, SPACE);
+    EXPECT_EQ(scene.views().size(), 1U);
+    EXPECT_EQ(scene.solids().boxes.size(), 1U);
+    EXPECT_LT(scene.bounds().radius(), 10.0F);
+}
+
+TEST(LevelSceneTest, PointsOfAFixedSizeAreAsLargeFarAwayAsNearby)
+{
+    Level level;
+    level.addCurve(Curve{"road", false, {{0, 0, 10}, {0, 0, 1000}}});
+    LevelScene scene(level, SPACE);
+    scene.fixPointSize(2.5F);
+    Kodo::DebugDrawer::Context drawn;
+    scene.render(drawn);
+    ASSERT_EQ(drawn.spheres().size(), 4U);
+    for (const auto& sphere : drawn.spheres())
+    {
+        EXPECT_EQ(sphere.scale, Vector3(2.5F, 2.5F, 2.5F));
+    }
+}
+
 TEST(LevelSceneTest, LeavesNothingBehind)
 {
     Level level;
@@ -163,6 +206,16 @@ TEST_F(LevelPictureTest, SaysWhenThePictureCannotBeWritten)
     const Result result = run({"--picture", file("missing/a.png"), "--size", "20x12"});
     EXPECT_EQ(result.code, 1);
     EXPECT_NE(result.errors.find("a.png"), std::string::npos) << result.errors;
+}
+
+TEST_F(LevelPictureTest, WhatIsReportedWhileDrawingIsNoScriptsFault)
+{
+    std::ofstream(file("s.txt")) << "level.addCurve(\"far\")\ncurves.far.addPoint(\"1e20 0 0\")\n";
+    const CollectReports seenByTheSession;
+    const Result result = run({"--picture", file("a.png"), "--size", "20x12", "--script", file("s.txt")});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.errors, "error: The curve 'far' reaches farther than a picture does: it is not drawn\n");
+    EXPECT_FALSE(bytesOf(file("a.png")).empty());
 }
 
 TEST_F(LevelPictureTest, ShowsACurveInTheColourThatTheLevelGivesIt)
