@@ -100,6 +100,8 @@ namespace
 
 [[maybe_unused]] const std::size_t curveViewCacheSlot = CurveViewSpaceCache::instance.slot();
 
+// These, and those at the end of this file, are built with the library and gone with it: nothing in it reads
+// them.
 const std::string LEFT = "left";
 const std::string RIGHT = "right";
 const std::string TOP = "top";

@@ -379,6 +379,30 @@ TEST_F(AsyncManagerTest, CancellingWaitsForARunInAnotherThread)
     EXPECT_FALSE(job.isPending());
 }
 
+TEST_F(AsyncManagerTest, CancellingWaitsForATaskObjectThatGoesInAnotherThread)
+{
+    std::latch goes(1);
+    std::atomic<bool> isGone = false;
+    auto slow = std::shared_ptr<int>(new int(0),
+                                     [&goes, &isGone](const int* number)
+                                     {
+                                         goes.count_down();
+                                         std::this_thread::sleep_for(std::chrono::milliseconds(30));
+                                         delete number;
+                                         isGone = true;
+                                     });
+    Job job = AsyncManager::sync(false, [held = std::move(slow)] { return true; });
+    MainThreadElsewhere::run([] { AsyncManager::runMainThreadJobs(); },
+                             [&]
+                             {
+                                 goes.wait();
+                                 EXPECT_TRUE(job.isPending());
+                                 job.cancel(true);
+                                 EXPECT_TRUE(isGone);
+                                 EXPECT_FALSE(job.isPending());
+                             });
+}
+
 TEST_F(AsyncManagerTest, WithoutWaitingCancellingOnlyKeepsItFromRunningAgain)
 {
     std::latch started(1);

@@ -155,7 +155,7 @@ TEST_F(SpaceCacheTest, ACacheTakesThePlaceOfTheOneInItsSlot)
     EXPECT_EQ(space()->cache(slot), nullptr);
     ChunkSpace::unregisterCache(slot);
     {
-        const ExpectReports reports{"SlotRegistry::instance().mayHold(slot)"};
+        const ExpectReports reports{"isCacheRegistered(slot)"};
         space()->setCache(slot, std::make_unique<Marked>(destroyed));
         EXPECT_EQ(destroyed, 3) << "nobody would give it back";
     }
@@ -249,6 +249,20 @@ TEST_F(SpaceCacheTest, ADestructorMayRemoveSpacesWhileItsSlotIsGoing)
     };
     ledgers.reset();
     EXPECT_EQ(ChunkManager::instance().spaceCount(), 0U);
+}
+
+TEST_F(SpaceCacheTest, WhatIsLookedUpAfterTheSlotIsGoneGoesWithItsSpace)
+{
+    ChunkSpace::unregisterCache(ledgers->slot());
+    Ledger& late = (*ledgers)(*space());
+    late.entries = 3;
+    EXPECT_EQ(late.spaceId, ID);
+    EXPECT_EQ(space()->cache(ledgers->slot()), nullptr);
+    EXPECT_EQ((*ledgers)(*space()).entries, 0) << "nothing is kept for later";
+    EXPECT_EQ(late.entries, 3);
+    EXPECT_EQ(Ledger::alive, 2);
+    ChunkManager::instance().removeSpace(ID);
+    EXPECT_EQ(Ledger::alive, 0);
 }
 
 TEST_F(SpaceCacheTest, AConstructorThatLooksItselfUpSharesTheOneItMade)

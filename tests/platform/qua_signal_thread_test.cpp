@@ -38,8 +38,9 @@ TEST(SignalThreadTest, ConnectingEmittingAndCuttingAreSafeAgainstEachOther)
             {
                 for (int round = 0; round < ROUNDS; ++round)
                 {
-                    // Freed with the connection: a call that came later would touch freed memory.
-                    auto counter = std::make_unique<long>(0);
+                    // Freed with the connection: a call that came later would touch freed memory. Atomic, as
+                    // all four threads may call the slot at once.
+                    auto counter = std::make_unique<std::atomic<long>>(0);
                     qua::Connection connection = signal.connect([&counter](int value) { *counter += value; });
                     signal(1);
                     connection.disconnect();

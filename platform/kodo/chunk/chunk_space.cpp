@@ -115,10 +115,12 @@ void ChunkSpace::releaseItems() noexcept
 
 void ChunkSpace::destroyCaches() noexcept
 {
-    while (!m_caches.empty()) // also those that the destructors of others look up meanwhile
+    // Also what the destructors of others look up meanwhile.
+    while (!m_caches.empty() || !m_keptCaches.empty())
     {
-        const std::unique_ptr<Cache> last = std::move(m_caches.back());
-        m_caches.pop_back();
+        std::vector<std::unique_ptr<Cache>>& caches = m_caches.empty() ? m_keptCaches : m_caches;
+        const std::unique_ptr<Cache> last = std::move(caches.back());
+        caches.pop_back();
     }
 }
 
@@ -152,6 +154,11 @@ std::size_t ChunkSpace::registeredCacheCount() noexcept
     return SlotRegistry::instance().reservedCount();
 }
 
+bool ChunkSpace::isCacheRegistered(std::size_t slot) noexcept
+{
+    return SlotRegistry::instance().mayHold(slot);
+}
+
 ChunkSpace::Cache* ChunkSpace::cache(std::size_t slot) const noexcept
 {
     return slot < m_caches.size() ? m_caches[slot].get() : nullptr;
@@ -159,7 +166,7 @@ ChunkSpace::Cache* ChunkSpace::cache(std::size_t slot) const noexcept
 
 void ChunkSpace::setCache(std::size_t slot, std::unique_ptr<Cache> cache) const
 {
-    if (!KODO_ASSERT(SlotRegistry::instance().mayHold(slot)))
+    if (!KODO_ASSERT(isCacheRegistered(slot)))
     {
         return;
     }
@@ -168,6 +175,11 @@ void ChunkSpace::setCache(std::size_t slot, std::unique_ptr<Cache> cache) const
         m_caches.resize(slot + 1);
     }
     std::swap(m_caches[slot], cache); // the old one goes after the new one is in place
+}
+
+void ChunkSpace::keepCache(std::unique_ptr<Cache> cache) const
+{
+    m_keptCaches.push_back(std::move(cache));
 }
 
 } // namespace Kodo

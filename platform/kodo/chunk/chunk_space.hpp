@@ -46,11 +46,16 @@ public:
     /// Gives a slot back: its caches are destroyed in every space, then the slot is free.
     static void unregisterCache(std::size_t slot) noexcept;
     static std::size_t registeredCacheCount() noexcept;
+    /// Whether caches may be put into @p slot: until it has been given back with all that is in it.
+    static bool isCacheRegistered(std::size_t slot) noexcept;
 
     /// The cache in @p slot, or null.
     Cache* cache(std::size_t slot) const noexcept;
-    /// Puts a cache into a registered slot, in place of the one there.
+    /// Puts a cache into a registered slot, in place of the one there. Another slot is reported, and the
+    /// cache destroyed.
     void setCache(std::size_t slot, std::unique_ptr<Cache> cache) const;
+    /// Keeps a cache without a slot until the space goes.
+    void keepCache(std::unique_ptr<Cache> cache) const;
 
 private:
     friend class ChunkItemBase;
@@ -62,7 +67,8 @@ private:
     void destroyCaches() noexcept;
 
     int m_id;
-    mutable std::vector<std::unique_ptr<Cache>> m_caches;
+    mutable std::vector<std::unique_ptr<Cache>> m_caches; ///< by slot
+    mutable std::vector<std::unique_ptr<Cache>> m_keptCaches;
     std::unordered_map<std::uint64_t, ChunkItemBase*> m_items; ///< by the id of their scene object
     EditorChunk m_editorChunk;
 };

@@ -15,6 +15,9 @@ namespace Kodo
 ///
 /// T's constructor and destructor may look up other caches and reserve or give back other slots; what a
 /// destructor makes anew in the slot or space that is going is destroyed as well.
+///
+/// When the program ends, spaces go after the caches of libraries and plug-ins. What is still in them then
+/// may look its cache up once more: each look-up makes a T of its own, which goes with the space.
 template <class T>
 class SpaceCache
 {
@@ -38,7 +41,14 @@ public:
             return static_cast<Holder*>(cache)->value; // its constructor has looked itself up: one for all
         }
         T& value = holder->value;
-        space.setCache(m_slot, std::move(holder));
+        if (ChunkSpace::isCacheRegistered(m_slot))
+        {
+            space.setCache(m_slot, std::move(holder));
+        }
+        else
+        {
+            space.keepCache(std::move(holder));
+        }
         return value;
     }
 

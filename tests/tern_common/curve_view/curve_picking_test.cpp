@@ -443,4 +443,17 @@ TEST_F(CurvePickingTest, WithoutSpaceOrSceneNothingIsHit)
     EXPECT_EQ(SpaceCurvePointCollider(copy).collide(ray).size(), 2U);
 }
 
+TEST_F(CurvePickingTest, PointsThatHaveLostTheirSpaceAreNotFound)
+{
+    show(2);
+    SpaceCurvePointCollider collider(Kodo::SpaceManager::instance().space(space.id));
+    Kodo::Collisions::Ray ray{{0, 0, -100}, {0, 0, 1}};
+    Kodo::ChunkManager::instance().removeSpace(space.id);
+    EXPECT_EQ(space.scene().objectCount(), 2U);
+    EXPECT_TRUE(collider.collide(ray).empty());
+    EXPECT_EQ(Kodo::ChunkManager::instance().spaceCount(), 0U) << "asking makes no space";
+    views[0]->update();
+    EXPECT_EQ(collider.collide(ray).size(), 2U);
+}
+
 } // namespace

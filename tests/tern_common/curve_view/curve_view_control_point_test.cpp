@@ -173,6 +173,39 @@ TEST_F(ControlPointTest, DeletionCallsTheDeleterWithThePoint)
     EXPECT_THROW(make({})->customDelete(), std::bad_function_call);
 }
 
+TEST_F(ControlPointTest, ADeleterMayDropThePointAndOutlivesItsCall)
+{
+    Point point;
+    int calls = 0;
+    point = make({},
+                 [&, held = std::make_shared<int>(7)](CurveViewControlPoint* deleted)
+                 {
+                     space.chunkSpace().editorChunk().delDynamicItem(deleted);
+                     point = nullptr;
+                     EXPECT_TRUE(space.scene().contains(deleted->sceneObject()));
+                     EXPECT_EQ(*held, 7);
+                     ++calls;
+                 });
+    point->customDelete();
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(space.itemCount(), 0U);
+    EXPECT_EQ(space.scene().objectCount(), 0U);
+}
+
+TEST_F(ControlPointTest, APointIsNotInASceneThatWasMadeAfterIt)
+{
+    Point point = make({0, 0, 50});
+    Kodo::CollisionSceneManager::instance().removeScene(space.id);
+    Kodo::CollisionSceneManager::instance().createScene(space.id);
+    EXPECT_TRUE(point->edTransform(translation({1, 0, 50}), {}));
+    EXPECT_EQ(point->edTransform(), translation({1, 0, 50}));
+    point->render(context);
+    EXPECT_EQ(context.spheres().size(), 2U);
+    space.chunkSpace().editorChunk().delDynamicItem(point);
+    point = nullptr;
+    EXPECT_EQ(space.scene().objectCount(), 0U);
+}
+
 TEST_F(ControlPointTest, AnIdlePointIsDrawnWhereVisibleAndWhereHidden)
 {
     const Point point = make({1, 2, 40});
@@ -258,6 +291,8 @@ TEST_F(ControlPointTest, DepthIsMeasuredAlongTheCamerasAxis)
     context.clear();
     behind->render(context);
     EXPECT_NEAR(context.spheres()[0].scale.x, -1.0F, 1e-5F) << "negative behind the camera";
+    EXPECT_EQ(hits({50, 0, -50}, {0, 0, 1}), 1U) << "and a ball all the same";
+    EXPECT_EQ(hits({52.6F, 0, -50}, {0, 0, 1}), 0U);
 }
 
 TEST_F(ControlPointTest, TheColliderFollowsTheSizeDrawn)

@@ -17,8 +17,12 @@
 
 #include <link.h>
 
+#include <atomic>
 #include <cstddef>
+#include <memory>
 #include <string>
+#include <thread>
+#include <typeinfo>
 #include <vector>
 
 namespace
@@ -70,7 +74,7 @@ TEST(ModuleBoundaryTest, AThousandTimesLoadedUsedAndUnloadedNothingIsLeft)
     const auto cycle = [&script]
     {
         const Plugin plugin(TERN_MODULE_PLUGIN);
-        ASSERT_EQ(plugin.entry<int(const wchar_t*)>("useAll")(script.c_str()), 14);
+        ASSERT_EQ(plugin.entry<int(const wchar_t*)>("useAll")(script.c_str()), 15);
     };
     for (int warmUp = 0; warmUp < 20; ++warmUp)
     {
@@ -113,8 +117,51 @@ TEST(ModuleBoundaryTest, CachesGoWithTheLibraryAndTheirSpacesStay)
         ASSERT_EQ(first.chunkSpace().cache(0), nullptr);
         ASSERT_EQ(second.chunkSpace().cache(0), nullptr);
         ASSERT_EQ(first.itemCount() + second.itemCount(), 0U);
+        ASSERT_EQ(first.scene().objectCount() + second.scene().objectCount(), 0U);
     }
     EXPECT_EQ(liveHeapBytes(), heapBefore);
+}
+
+TEST(ModuleBoundaryTest, WorkDeferredToTheMainThreadGoesWithItsViewBeforeTheLibraryDoes)
+{
+    const TestSpace space;
+    ASSERT_EQ(space.itemCount(), 0U); // makes the space
+    const Census before;
+    for (int i = 0; i < 100; ++i)
+    {
+        {
+            const Plugin plugin(TERN_MODULE_PLUGIN);
+            ASSERT_EQ(plugin.entry<int(int)>("deferInThread")(space.id), 1);
+        }
+        ASSERT_FALSE(isMapped(TERN_COMMON_LIBRARY)) << "in cycle " << i;
+        Kodo::AsyncManager::runMainThreadJobs();
+        ASSERT_EQ(Census(), before) << "in cycle " << i;
+    }
+}
+
+TEST(ModuleBoundaryTest, OtherThreadsMayLookTypesUpWhileTheLibraryComesAndGoes)
+{
+    using Item = Kodo::ChunkItemBase;
+    std::atomic<bool> done = false;
+    std::atomic<int> found = 0;
+    std::thread looking(
+        [&done, &found]
+        {
+            while (!done)
+            {
+                // What is found may be gone by now: it is not looked at.
+                found += vell::MetaType::find(typeid(std::shared_ptr<Item>)) != nullptr ? 1 : 0;
+                found += tern::MetaObjectManager::instance().find("CurveViewControlPoint") != nullptr ? 1 : 0;
+                found += vell::VariantConverter::registeredCount() != 0 ? 1 : 0;
+            }
+        });
+    for (int i = 0; i < 200 || found == 0; ++i)
+    {
+        const Plugin plugin(TERN_MODULE_PLUGIN);
+    }
+    done = true;
+    looking.join();
+    EXPECT_EQ(vell::MetaType::find(typeid(std::shared_ptr<Item>)), nullptr);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Loaded by module_boundary_test: uses what the library offers, from within.
 
 #include "kodo/chunk/chunk_manager.hpp"
+#include "kodo/core/async_manager.hpp"
 #include "qua/symbol_visibility.hpp"
 #include "tern_common/command_system.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
@@ -20,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -27,6 +29,9 @@
 extern "C" QUA_SYMBOL_EXPORT int useAll(const wchar_t* scriptPath);
 extern "C" QUA_SYMBOL_EXPORT int useSpace(int spaceId);
 extern "C" QUA_SYMBOL_EXPORT void askForCache(int spaceId);
+/// Leaves a view's points to be made by the main thread, and lets go of the view. Returns how many jobs were
+/// scheduled meanwhile.
+extern "C" QUA_SYMBOL_EXPORT int deferInThread(int spaceId);
 
 namespace
 {
@@ -135,21 +140,37 @@ int useCurve(int spaceId)
                             context.lines().size());
 }
 
+/// How many of a shared item and an empty one convert.
+int useConversion(const TestSpace& space)
+{
+    using Item = Kodo::ChunkItemBase;
+    const Kodo::SmartPointer<Item> point =
+        new CurveViewControlPoint({}, space.id, {}, Kodo::Matrix::IDENTITY);
+    const vell::Variant shared(std::shared_ptr<Item>(point.get(), [held = point](Item*) {}));
+    const vell::Variant empty(std::shared_ptr<Item>{});
+    Kodo::SmartPointer<Item> item;
+    return (shared.tryCast(item) && item == point ? 1 : 0) + (empty.tryCast(item) ? 1 : 0);
+}
+
 } // namespace
 
 int useAll(const wchar_t* scriptPath)
 {
     const TestSpace space;
-    const int result = useCurve(space.id) + useCommands(scriptPath) + useQuery() + useLocalization() +
-                       useRequest() + useUtilities();
-    const vell::Variant shared(std::shared_ptr<Kodo::ChunkItemBase>{});
-    Kodo::SmartPointer<Kodo::ChunkItemBase> item;
-    return result + (shared.tryCast(item) ? 100 : 0);
+    return useCurve(space.id) + useCommands(scriptPath) + useQuery() + useLocalization() + useRequest() +
+           useUtilities() + useConversion(space);
 }
 
 int useSpace(int spaceId)
 {
     return useCurve(spaceId);
+}
+
+int deferInThread(int spaceId)
+{
+    CurveView view(std::make_unique<RecordingCurve>(4), spaceId);
+    std::thread([&view] { view.update(); }).join();
+    return static_cast<int>(Kodo::AsyncManager::pendingCount());
 }
 
 void askForCache(int spaceId)

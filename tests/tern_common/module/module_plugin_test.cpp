@@ -1,5 +1,6 @@
 // A host that is linked with the library: what a plug-in asked for first must stay when the plug-in goes.
 
+#include "kodo/chunk/editor_custom_chunk_item.hpp"
 #include "tern_common/curve_view/curve_view.hpp"
 #include "tern_common/curve_view/curve_view_space_cache.hpp"
 #include "tests/support/plugin.hpp"
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -27,6 +29,33 @@ TEST(ModulePluginTest, ACacheThatAPluginAskedForFirstStaysWithoutThePlugin)
     const CurveView view(std::move(made), space.id);
     CurveViewSpaceCache::instance(space.chunkSpace()).collide({{0, 0, 0}, {0, 0, 1}}, true);
     EXPECT_EQ(curve.insertions.size(), 1U);
+}
+
+/// A host's item that shows a curve for as long as it stands in its space.
+class CurveItem final : public Kodo::EditorCustomChunkItem
+{
+public:
+    explicit CurveItem(const Kodo::SmartPointer<Kodo::ChunkSpace>& space)
+        : EditorCustomChunkItem(space, WANTS_NOTHING),
+          m_view(std::make_unique<PolylineCurve>(std::vector<Kodo::Vector3>{{0, 0, 0}, {1, 0, 0}}),
+                 space->id())
+    {
+    }
+
+private:
+    CurveView m_view;
+};
+
+TEST(ModulePluginTest, AViewThatIsLeftInASpaceAtExitGoesWithTheSpace)
+{
+    EXPECT_EXIT(
+        {
+            Kodo::CollisionSceneManager::instance().createScene(1);
+            Kodo::EditorChunk& chunk = Kodo::ChunkManager::instance().space(1, true)->editorChunk();
+            new CurveItem(Kodo::ChunkManager::instance().space(1, true));
+            std::exit(chunk.itemCount() == 3 ? 0 : 1); // nobody removes the space
+        },
+        testing::ExitedWithCode(0), "^$");
 }
 
 } // namespace
