@@ -2,9 +2,10 @@
 
 #include "kodo/core/debug_message_helper.hpp"
 #include "kodo/loom/ui_resource_utils.hpp"
+#include "tests/platform/map_manager.hpp"
 #include "tests/support/allocation_hook.hpp"
 #include "tests/support/reports.hpp"
-#include "tests/support/text_resources.hpp"
+#include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,13 +13,14 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using Kodo::Loom::UiResourceManager;
 using Kodo::Loom::UiResourceUtils::currentLanguage;
 using Kodo::Loom::UiResourceUtils::getTranslatedText;
 using Kodo::Loom::UiResourceUtils::setCurrentLanguage;
-using Manager = TextResources::Manager;
+using Manager = MapManager;
 using Texts = std::vector<std::string>;
 
 static_assert(std::has_virtual_destructor_v<UiResourceManager>);
@@ -45,25 +47,29 @@ protected:
         "arenas": { "en": "text/en/arenas.mo" }
     }
 })");
-        m_resources.writeCatalogue("text/de/vehicles.mo", {{"hauler", "Lastkran"}, {"empty", ""}});
-        m_resources.writeCatalogue(
-            "text/en/vehicles.mo",
-            {{"hauler", "Hauler"}, {"tug", "Tug"}, {"empty", "Empty"}, {"long", LONG_TEXT}});
-        m_resources.writeCatalogue("text/fr/vehicles.mo", {{"hauler", "Grue"}});
-        m_resources.writeCatalogue("text/en/arenas.mo",
-                                   {{"Open #2: all", "Second"}, {"with \xC3\xA4", "Umlaut"}});
+        m_resources.write("text/de/vehicles.mo", makeCatalogue({{"hauler", "Lastkran"}, {"empty", ""}}));
+        m_resources.write("text/en/vehicles.mo", makeCatalogue({{"hauler", "Hauler"},
+                                                                {"hauler ahoy", "Hauler!"},
+                                                                {"tug", "Tug"},
+                                                                {"empty", "Empty"},
+                                                                {"long", LONG_TEXT}}));
+        m_resources.write("text/fr/vehicles.mo", makeCatalogue({{"hauler", "Grue"}}));
+        m_resources.write("text/en/arenas.mo", makeCatalogue({{"Open", "First"},
+                                                              {"Open #2: all", "Second"},
+                                                              {"bay-2.b/name", "Bay"},
+                                                              {"with \xC3\xA4", "Umlaut"}}));
     }
 
     std::string translate(const std::string& key) const { return getTranslatedText(key, m_manager); }
 
-    TextResources m_resources;
+    ResourceTree m_resources;
     Manager m_manager;
 };
 
 /// Any map and what is reported when it is read.
 void expectReports(const std::string& map, const Texts& reports, bool isUsable)
 {
-    const TextResources resources;
+    const ResourceTree resources;
     resources.write("map.json", map);
     Manager manager;
     CollectReports collected;
@@ -81,29 +87,71 @@ TEST_F(ResourceMapTest, AKeyIsTranslatedByDomainAndMessage)
     EXPECT_EQ(translate("#arenas:with \xC3\xA4"), "Umlaut");
 }
 
-TEST_F(ResourceMapTest, TextInFrontOfTheReferenceStays)
+TEST_F(ResourceMapTest, TextAroundTheReferenceStays)
 {
-    EXPECT_EQ(translate("Old #vehicles:hauler"), "Old Lastkran");
-    EXPECT_EQ(translate(":#vehicles:hauler"), ":Lastkran");
+    const std::pair<std::string, std::string> cases[] = {
+        {"Old #vehicles:hauler", "Old Lastkran"},
+        {":#vehicles:hauler", ":Lastkran"},
+        {"#vehicles:hauler ", "Lastkran "},
+        {"Old #vehicles:hauler, mark 2", "Old Lastkran, mark 2"},
+        {"(#vehicles:hauler)", "(Lastkran)"},
+        {"\"#vehicles:hauler\"", "\"Lastkran\""},
+        {"See #vehicles:hauler.", "See Lastkran."},
+        {"#vehicles:hauler...", "Lastkran..."},
+        {"#vehicles:hauler: new", "Lastkran: new"},
+        {"#vehicles:hauler\n#", "Lastkran\n#"},
+        {std::string("\0#vehicles:hauler\0", 18), std::string("\0Lastkran\0", 10)},
+    };
+    for (const auto& [key, text] : cases)
+    {
+        EXPECT_EQ(translate(key), text);
+    }
 }
 
-TEST_F(ResourceMapTest, AMessageGoesToTheEndOfTheKey)
+TEST_F(ResourceMapTest, OfSeveralReferencesTheFirstIsTranslated)
+{
+    EXPECT_EQ(translate("#vehicles:hauler / #vehicles:tug"), "Lastkran / #vehicles:tug");
+    EXPECT_EQ(translate("#vehicles:hauler/#vehicles:tug"), "Lastkran/#vehicles:tug");
+    EXPECT_EQ(translate("#vehicles:unknown #vehicles:tug"), "#vehicles:unknown #vehicles:tug");
+}
+
+TEST_F(ResourceMapTest, AHashThatBeginsNoReferenceIsText)
+{
+    EXPECT_EQ(translate("Crane #2 (#vehicles:hauler)"), "Crane #2 (Lastkran)");
+    EXPECT_EQ(translate("##vehicles:hauler"), "#Lastkran");
+    EXPECT_EQ(translate("abc#def #vehicles:hauler #3"), "abc#def Lastkran #3");
+    EXPECT_EQ(translate("a:b#vehicles:hauler"), "a:bLastkran");
+}
+
+TEST_F(ResourceMapTest, AMessageGoesToTheEndOfTheKeyWhereThereIsSuchAMessage)
 {
     EXPECT_EQ(translate("#arenas:Open #2: all"), "Second");
-    EXPECT_EQ(translate("#vehicles:hauler "), "#vehicles:hauler ") << "blanks count";
+    EXPECT_EQ(translate("the #arenas:Open #2: all"), "the Second");
+    EXPECT_EQ(translate("#arenas:Open #2: al"), "First #2: al");
+    EXPECT_EQ(translate("#arenas:Open #2: all "), "First #2: all ");
+}
+
+TEST_F(ResourceMapTest, NoPartOfANameIsAMessage)
+{
+    for (const std::string key : {"#vehicles:hauler_2", "#vehicles:hauler-2", "#vehicles:hauler.2",
+                                  "#vehicles:hauler/2 x", "#vehicles:hauler\xC3\xA4", "#vehicles:2hauler x",
+                                  "#vehicles: hauler", "#vehicles:(hauler)", "#vehicles:.hauler"})
+    {
+        EXPECT_EQ(translate(key), key);
+    }
+    EXPECT_EQ(translate("#arenas:bay-2.b/name, here"), "Bay, here");
 }
 
 TEST_F(ResourceMapTest, AKeyThatLeadsToNoTranslationComesBackAsItStands)
 {
     for (const std::string key :
          {"", "hauler", "abc#def", "#", "#:", "#vehicles", "#vehicles:", "#:hauler", "#unknown:hauler",
-          "#vehicles:unknown", "vehicles:hauler", "##vehicles:hauler", "# vehicles:hauler",
-          "front #vehicles:unknown", "#vehicles:hau", "#vehicles:haulers"})
+          "#vehicles:unknown", "vehicles:hauler", "vehicles:hauler#", "#vehicles #:hauler",
+          "# vehicles:hauler", "#Vehicles:hauler", "#vehicles:Hauler", "front #vehicles:unknown behind",
+          "#vehicles:hau", "#vehicles:haulers"})
     {
         EXPECT_EQ(translate(key), key);
     }
-    const std::string withNul("#vehicles:hauler\0", 17);
-    EXPECT_EQ(translate(withNul), withNul);
 }
 
 TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
@@ -116,6 +164,8 @@ TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
     EXPECT_TRUE(m_manager.setLanguage("fr"));
     EXPECT_EQ(translate("#vehicles:hauler"), "Grue");
     EXPECT_EQ(translate("#vehicles:tug"), "#vehicles:tug") << "French names no fallback";
+    EXPECT_TRUE(m_manager.setLanguage("de"));
+    EXPECT_EQ(translate("#vehicles:hauler ahoy"), "Hauler!") << "a fallback's whole message before a name";
 }
 
 TEST_F(ResourceMapTest, TheLanguageOfAManagerIsSwitched)
@@ -177,7 +227,7 @@ TEST_F(ResourceMapTest, ACatalogueIsReadOnceAndByTheFirstMessageLookedForInIt)
 TEST_F(ResourceMapTest, AMissingCatalogueIsReportedOnceAndTheFallbackSpeaks)
 {
     const ExpectReports reports{"text/de/vehicles.mo: there is no such file"};
-    std::filesystem::remove(m_resources.disk() / "text/de/vehicles.mo");
+    std::filesystem::remove(m_resources.path() / "text/de/vehicles.mo");
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_TRUE(m_manager.setLanguage("de_AT"));
@@ -186,8 +236,9 @@ TEST_F(ResourceMapTest, AMissingCatalogueIsReportedOnceAndTheFallbackSpeaks)
 
 TEST_F(ResourceMapTest, ATranslationAllocatesNothingButItsResult)
 {
-    const std::string keys[] = {"#vehicles:hauler",  "#vehicles:long",  "Old #vehicles:long",
-                                "#vehicles:unknown", "#unknown:hauler", "hauler"};
+    const std::string keys[] = {
+        "#vehicles:hauler", "#vehicles:long", "Old #vehicles:long", "(#vehicles:long)", "#vehicles:unknown",
+        "#unknown:hauler",  "hauler"};
     for (const std::string& key : keys)
     {
         const std::string expected = translate(key);
@@ -299,7 +350,7 @@ TEST(ResourceMapFaultTest, ACatalogueWithoutAFileIsIgnoredAndReported)
 
 TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
 {
-    const TextResources resources;
+    const ResourceTree resources;
     resources.write("map.json", "{\"language\": \"" + std::string(1'000'000, 'x'));
     const CollectReports reports;
     EXPECT_FALSE(Manager().initialize());
@@ -323,7 +374,7 @@ TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
         fallbacks += (i > 0 ? ",\"l" : "\"l") + std::to_string(COUNT - 1);
         fallbacks += '"';
     }
-    const TextResources resources;
+    const ResourceTree resources;
     resources.write("map.json", R"({"language": "l0", "catalogues": {)" + domains +
                                     R"(}, "fallbacks": {"l0": [)" + fallbacks + "]}}");
     Manager manager;
@@ -334,7 +385,7 @@ TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
 TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)
 {
     const std::string deep(1'000'000, '[');
-    const TextResources resources;
+    const ResourceTree resources;
     resources.write("map.json", R"({"language": "de", "catalogues": {}, "x": )" + deep +
                                     std::string(deep.size(), ']') + "}");
     const ExpectReports reports{"map.json: /x is not known; it is ignored",
@@ -344,7 +395,7 @@ TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)
 
 TEST(ResourceMapFaultTest, AMissingMapIsReportedOnce)
 {
-    const TextResources resources;
+    const ResourceTree resources;
     Manager manager;
     const ExpectReports reports{"map.json: there is no such file"};
     EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
@@ -365,22 +416,22 @@ TEST(ResourceMapFaultTest, AManagerMayNameNoMap)
 
 TEST(ResourceMapFaultTest, AMapThatIsADirectoryOrTooLargeIsNone)
 {
-    const TextResources resources;
-    std::filesystem::create_directory(resources.disk() / "map.json");
+    const ResourceTree resources;
+    std::filesystem::create_directory(resources.path() / "map.json");
     {
         const ExpectReports reports{"map.json: there is no such file"};
         EXPECT_FALSE(Manager().initialize());
     }
-    std::filesystem::remove(resources.disk() / "map.json");
+    std::filesystem::remove(resources.path() / "map.json");
     resources.write("map.json", "{");
-    std::filesystem::resize_file(resources.disk() / "map.json", 16 * 1024 * 1024 + 1);
+    std::filesystem::resize_file(resources.path() / "map.json", 16 * 1024 * 1024 + 1);
     const ExpectReports reports{"map.json: the file is larger than 16777216 bytes"};
     EXPECT_FALSE(Manager().initialize());
 }
 
 TEST(ResourceMapFaultTest, CataloguesOutsideOfTheFileSystemAreNotRead)
 {
-    const TextResources resources;
+    const ResourceTree resources;
     resources.write("map.json",
                     R"({"language": "de", "catalogues": {"v": {"de": "../x.mo"}, "w": {"de": "/x.mo"}}})");
     Manager manager;
