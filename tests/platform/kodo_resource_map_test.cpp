@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -77,6 +78,34 @@ void expectReports(const std::string& map, const Texts& reports, bool isUsable)
     EXPECT_EQ(manager.initialize(), isUsable) << map;
     EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
     EXPECT_EQ(collected.texts(), reports) << map;
+}
+
+/// Lets each allocation of a first translation fail in turn: of reading the map, its faults and a catalogue.
+void expectFailuresLeaveNothingBehind(const std::string& key, const std::string& expected)
+{
+    bool failed = true;
+    for (std::size_t successes = 0; failed; ++successes)
+    {
+        SCOPED_TRACE("at allocation " + std::to_string(successes));
+        const std::size_t before = liveHeapBytes();
+        failed = false;
+        {
+            const CollectReports reports;
+            Manager manager;
+            try
+            {
+                const FailingAllocation one(successes);
+                EXPECT_EQ(getTranslatedText(key, manager), expected);
+            }
+            catch (const std::bad_alloc&)
+            {
+                failed = true;
+            }
+            EXPECT_EQ(getTranslatedText(key, manager), expected) << "what has failed is done again";
+        }
+        EXPECT_EQ(liveHeapBytes(), before);
+        ASSERT_LT(successes, 5000U);
+    }
 }
 
 } // namespace
@@ -252,6 +281,17 @@ TEST_F(ResourceMapTest, ATranslationAllocatesNothingButItsResult)
     }
 }
 
+TEST_F(ResourceMapTest, WhereMemoryRunsOutNothingIsLeftBehindAndTheNextCallDoesItAgain)
+{
+    expectFailuresLeaveNothingBehind("the #vehicles:long, mark 2", "the " + LONG_TEXT + ", mark 2");
+    m_resources.write("map.json",
+                      "{\"language\": \"de\", \"catalogues\": {\"a name that stands on the heap\": 1}, "
+                      "\"another one that stands on the heap\": [[[\"x\"]], {\"y\": [1]}]}");
+    expectFailuresLeaveNothingBehind("#vehicles:hauler", "#vehicles:hauler");
+    m_resources.write("map.json", "{\"language\": [\"a text that stands on the heap, and is cut off");
+    expectFailuresLeaveNothingBehind("#vehicles:hauler", "#vehicles:hauler");
+}
+
 TEST_F(ResourceMapTest, AnySeveralThreadsMayTranslateAndSwitch)
 {
     std::atomic<int> failures{0};
@@ -360,6 +400,58 @@ TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
                                  "missing closing quote; last read: '\"xxx"))
         << text.substr(0, 200);
     EXPECT_LT(text.size(), 300U);
+}
+
+TEST(ResourceMapFaultTest, AFaultInALongNameIsAShortMessage)
+{
+    const std::string name(1'000'000, 'x');
+    const std::string cut = name.substr(0, 200) + "...";
+    expectReports(R"({"language": ")" + name +
+                      R"(", "catalogues": {"v": {"en": "x"}}, "fallbacks": {"en": [")" + name + "\"]}, \"" +
+                      name + "\": 1}",
+                  {"map.json: /fallbacks/en/0 is \"" + cut + "\", which has no catalogue; it is ignored",
+                   "map.json: /" + name.substr(0, 199) + "... is not known; it is ignored",
+                   "map.json: /language is \"" + cut + "\", which has no catalogue"},
+                  true);
+}
+
+TEST(ResourceMapFaultTest, OfMembersWithOneNameTheLastCounts)
+{
+    const ResourceTree resources;
+    resources.write("a.mo", makeCatalogue({{"a", "A"}}));
+    resources.write("map.json", R"({"catalogues": {"w": {"en": "w.mo"}}, "language": "de", "language": "en",
+        "catalogues": {"v": 1, "v": {"en": "none.mo", "en": "a.mo"}}})");
+    const Manager manager;
+    EXPECT_EQ(getTranslatedText("#v:a", manager), "A");
+    EXPECT_EQ(getTranslatedText("#w:a", manager), "#w:a");
+}
+
+TEST(ResourceMapFaultTest, WhatLiesDeeperThanAMapGoesIsIgnored)
+{
+    expectReports(R"({"language": "de", "catalogues": {"v": {"de": {"language": "en"}, "en": [["x"]]}},
+                      "fallbacks": {"de": [["en"], {"language": "fr"}]}})",
+                  {"map.json: /catalogues/v/de is no text; it is ignored",
+                   "map.json: /catalogues/v/en is no text; it is ignored",
+                   "map.json: /fallbacks/de/0 is no text; it is ignored",
+                   "map.json: /fallbacks/de/1 is no text; it is ignored"},
+                  true);
+}
+
+TEST(ResourceMapFaultTest, FallbacksMayNameEachOther)
+{
+    const ResourceTree resources;
+    resources.write("de.mo", makeCatalogue({{"a", "A"}}));
+    resources.write("en.mo", makeCatalogue({{"b", "B"}}));
+    resources.write("map.json", R"({"language": "de", "catalogues": {"v": {"de": "de.mo", "en": "en.mo"}},
+        "fallbacks": {"de": ["en", "de", "en"], "en": ["de", "en"]}})");
+    Manager manager;
+    for (const char* language : {"de", "en"})
+    {
+        EXPECT_TRUE(manager.setLanguage(language));
+        EXPECT_EQ(getTranslatedText("#v:a", manager), "A");
+        EXPECT_EQ(getTranslatedText("#v:b", manager), "B");
+        EXPECT_EQ(getTranslatedText("#v:c", manager), "#v:c");
+    }
 }
 
 TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
