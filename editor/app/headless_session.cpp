@@ -167,10 +167,12 @@ void HeadlessSession::queueScript(const fs::path& script)
 
 void HeadlessSession::tickUntilDone()
 {
+    m_ticking = true;
     while (!m_system.isIdle() && m_ticks < m_options.maxTicks)
     {
         tick();
     }
+    m_ticking = false;
     if (!m_system.isIdle())
     {
         const std::string where =
@@ -329,11 +331,17 @@ void HeadlessSession::receive(const Kodo::DebugMessage& message)
         m_foreignReports.post([this, text = onOneLine(message.text)] { complain(text); });
         return;
     }
+    if (!m_names.isNews(message.text))
+    {
+        return;
+    }
     if (!m_parsing)
     {
         announce();
     }
-    const ScriptLine line = m_parsing ? m_system.parsedLine() : m_system.startedLine();
+    const ScriptLine line = m_parsing   ? m_system.parsedLine()
+                            : m_ticking ? m_system.startedLine()
+                                        : ScriptLine();
     complain((line.line == 0 ? std::string() : m_scripts.describe(line) + ": ") + onOneLine(message.text));
 }
 
