@@ -10,6 +10,11 @@
 namespace
 {
 
+double timeOf(const benchmark::BenchmarkReporter::Run& run)
+{
+    return run.run_name.time_type.empty() ? run.cpu_accumulated_time : run.real_accumulated_time;
+}
+
 /// Prints the median of each benchmark and keeps the time of every run.
 class TimeCollector : public benchmark::ConsoleReporter
 {
@@ -26,8 +31,7 @@ public:
             }
             else if (run.run_type == Run::RT_Iteration)
             {
-                m_times[run.run_name.str()].push_back(run.real_accumulated_time /
-                                                      static_cast<double>(run.iterations));
+                m_times[run.run_name.str()].push_back(timeOf(run) / static_cast<double>(run.iterations));
             }
         }
         std::vector<Run> medians;

@@ -221,18 +221,33 @@ TEST(DataSectionFaultTest, AFaultIsReportedWithPriorityFive)
     EXPECT_FALSE(reports.reports().at(0).critical);
 }
 
-TEST(DataSectionFaultTest, DeepNestingNeedsNoStack)
+TEST(DataSectionTest, ElementsMayStandWithinOneAnotherUpToTheLimit)
 {
-    for (const std::size_t depth : {10'000U, 1'000'000U})
+    constexpr std::size_t DEPTH = DataSection::MAX_DEPTH;
+    const std::string column =
+        repeated("<a>", DEPTH - 1) + "<!--> not counted --><a>x</a><a>y</a>" + repeated("</a>", DEPTH - 1);
+    Section section = parse("<l>" + repeated("<b/>", 2 * DEPTH) + "</l>");
+    EXPECT_EQ(childNames(section).size(), 2 * DEPTH) << "side by side is not within";
+    section = parse(column);
+    for (std::size_t i = 1; i < DEPTH; ++i)
     {
-        Section section = parse(repeated("<a>", depth) + "x" + repeated("</a>", depth));
         ASSERT_TRUE(section);
-        for (std::size_t i = 1; i < 10'000; ++i)
-        {
-            section = *section->begin();
-        }
-        EXPECT_EQ(section->asString(), depth == 10'000 ? "x" : "");
-        const ExpectReports reports{"f.xml:1:" + std::to_string(3 * depth) + ": Start-end tags mismatch"};
+        section = *section->begin();
+    }
+    EXPECT_EQ(section->asString(), "x");
+}
+
+TEST(DataSectionFaultTest, NestingBeyondTheLimitIsAFaultWhereItIsPassedAndNeedsNoStack)
+{
+    constexpr std::size_t LIMIT = DataSection::MAX_DEPTH;
+    for (const std::size_t depth : {LIMIT + 1, std::size_t{10'000}, std::size_t{1'000'000}})
+    {
+        const std::string before = "<b>" + repeated("<a>", LIMIT - 2) + "<c/>\n";
+        const std::string deep =
+            before + repeated("<a>", depth - LIMIT + 1) + repeated("</a>", depth - 1) + "</b>";
+        const ExpectReports reports{"f.xml:2:5: Elements are nested deeper than 1000",
+                                    "f.xml:1:" + std::to_string(3 * depth) + ": Start-end tags mismatch"};
+        EXPECT_FALSE(parse(deep));
         EXPECT_FALSE(parse(repeated("<a>", depth)));
     }
 }

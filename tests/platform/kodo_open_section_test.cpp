@@ -54,19 +54,38 @@ TEST_F(OpenSectionTest, AFileOfTheSharedFileSystemIsOpened)
     EXPECT_EQ(Kodo::FS::Utils::openSection("list.xml")->sectionName(), "list");
 }
 
-TEST_F(OpenSectionTest, WhatIsNoFileIsNullInSilence)
+TEST_F(OpenSectionTest, WhereNothingIsTheSectionIsNullInSilence)
 {
-    m_disk.write("root/dir.xml/inside.xml", "<a/>");
     m_disk.write("outside.xml", "<a/>");
     std::filesystem::create_symlink(m_disk / "outside.xml", m_disk / "root/out.xml");
-    for (const std::string name : {"none.xml", "", "dir.xml", "list.xml/below.xml", "../outside.xml",
-                                   "dir.xml/../list.xml", "out.xml", "/etc/passwd"})
+    for (const std::string& name :
+         {"none.xml"s, "list.xml/below.xml"s, "out.xml"s, std::string(100'000, 'a')})
     {
         EXPECT_FALSE(open(name)) << name;
     }
-    EXPECT_FALSE(open((m_disk / "root/list.xml").string()));
-    EXPECT_FALSE(open("list.xml\0"s));
-    EXPECT_FALSE(open(std::string(100'000, 'a')));
+}
+
+TEST_F(OpenSectionTest, ADirectoryInTheFilesPlaceIsOneMessage)
+{
+    m_disk.write("root/dir.xml/inside.xml", "<a/>");
+    const ExpectReports reports{"dir.xml: this is a directory", "dir.xml: this is a directory"};
+    EXPECT_FALSE(open("dir.xml"));
+    EXPECT_FALSE(Kodo::FS::Utils::openSection("dir.xml", true, nullptr)) << "a new one would hide it";
+}
+
+TEST_F(OpenSectionTest, ANameThatMayLeadOutOfTheRootsIsOneMessage)
+{
+    m_disk.write("root/dir/inside.xml", "<a/>");
+    m_disk.write("outside.xml", "<a/>");
+    for (const std::string& name : {"../outside.xml"s, "dir/../list.xml"s, "/etc/passwd"s,
+                                    (m_disk / "root/list.xml").string(), "list.xml\0"s})
+    {
+        for (const bool makeNew : {false, true})
+        {
+            const ExpectReports reports{name + ": the name leads out of the file system's roots"};
+            EXPECT_FALSE(Kodo::FS::Utils::openSection(name, makeNew, nullptr)) << name;
+        }
+    }
 }
 
 TEST_F(OpenSectionTest, LinksWithinTheRootAreFollowed)
@@ -79,6 +98,7 @@ TEST_F(OpenSectionTest, LinksWithinTheRootAreFollowed)
 TEST_F(OpenSectionTest, APipeIsNotWaitedFor)
 {
     ASSERT_EQ(::mkfifo((m_disk / "root/pipe.xml").c_str(), 0600), 0);
+    const ExpectReports reports{"pipe.xml: this is no ordinary file"};
     EXPECT_FALSE(open("pipe.xml"));
 }
 #endif
@@ -93,9 +113,9 @@ TEST_F(OpenSectionTest, AMalformedFileIsOneMessageWithItsPlace)
     EXPECT_FALSE(open("defs/empty.xml"));
 }
 
-TEST_F(OpenSectionTest, AFileOfAHundredMegabytesIsRead)
+TEST_F(OpenSectionTest, AFileOfSixtyMegabytesIsRead)
 {
-    constexpr std::size_t SIZE = 100'000'000;
+    constexpr std::size_t SIZE = 60'000'000;
     m_disk.write("root/large.xml", "<l><a>" + std::string(SIZE, 'x') + "</a></l>");
     const Section section = open("large.xml");
     ASSERT_TRUE(section);
@@ -124,7 +144,7 @@ TEST_F(OpenSectionTest, AFileBeyondTheLimitIsRefusedUnread)
 {
     const auto path = m_disk.write("root/huge.xml");
     std::filesystem::resize_file(path, DataSection::MAX_FILE_SIZE + 1);
-    const ExpectReports reports{"huge.xml: the file is larger than 268435456 bytes"};
+    const ExpectReports reports{"huge.xml: the file is larger than 67108864 bytes"};
     EXPECT_FALSE(open("huge.xml"));
 }
 
@@ -135,7 +155,8 @@ TEST_F(OpenSectionTest, ANewSectionStandsInForWhatIsNotThere)
     EXPECT_EQ(section->sectionName(), "new.one");
     EXPECT_FALSE(Kodo::FS::fileSystem().exists("defs/new.one.xml")) << "nothing is written";
     EXPECT_EQ(Kodo::FS::Utils::openSection("list.xml", true, nullptr)->readString("a"), "1");
-    EXPECT_FALSE(Kodo::FS::Utils::openSection("", true, nullptr)) << "a directory is there";
+    const ExpectReports reports{": this is a directory"};
+    EXPECT_FALSE(Kodo::FS::Utils::openSection("", true, nullptr)) << "the tree itself is there";
 }
 
 TEST_F(OpenSectionTest, ACreatorMakesTheNewSection)

@@ -88,6 +88,11 @@ private:
 namespace
 {
 
+std::size_t placeOf(const pugi::xml_node& node) noexcept
+{
+    return static_cast<std::size_t>(std::max<std::ptrdiff_t>(node.offset_debug(), 0));
+}
+
 /// What the parser lets pass: more than one element, or text, outside of the root.
 FS::TextFault faultOutsideRoot(const pugi::xml_document& document, std::size_t size)
 {
@@ -97,12 +102,39 @@ FS::TextFault faultOutsideRoot(const pugi::xml_document& document, std::size_t s
         const bool isText = node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
         if (isText || (isElement(node) && root))
         {
-            return {isText ? LOOSE_TEXT : "A second root element",
-                    static_cast<std::size_t>(std::max<std::ptrdiff_t>(node.offset_debug(), 0))};
+            return {isText ? LOOSE_TEXT : "A second root element", placeOf(node)};
         }
         root = isElement(node) ? node : root;
     }
     return root ? FS::TextFault() : FS::TextFault{"No element", size};
+}
+
+/// Goes through the elements without a stack: it is for those that are nested too deep.
+FS::TextFault faultInDepth(const pugi::xml_document& document)
+{
+    std::size_t depth = 0;
+    pugi::xml_node node = document;
+    do
+    {
+        if (const pugi::xml_node child = elementFrom(node.first_child()))
+        {
+            node = child;
+            if (++depth > DataSection::MAX_DEPTH)
+            {
+                return {"Elements are nested deeper than " + std::to_string(DataSection::MAX_DEPTH),
+                        placeOf(node)};
+            }
+            continue;
+        }
+        pugi::xml_node next;
+        while (depth > 0 && !(next = elementFrom(node.next_sibling())))
+        {
+            node = node.parent();
+            --depth;
+        }
+        node = next;
+    } while (depth > 0);
+    return {};
 }
 
 } // namespace
@@ -123,6 +155,10 @@ SmartPointer<DataSection> DataSectionLoader::load(FS::FileContent text, FS::Text
         content.data.get(), content.size + 1, OPTIONS, pugi::encoding_utf8);
     fault = result ? faultOutsideRoot(tree->document(), content.size)
                    : FS::TextFault{result.description(), static_cast<std::size_t>(result.offset)};
+    if (!fault)
+    {
+        fault = faultInDepth(tree->document());
+    }
     return fault ? SmartPointer<DataSection>() : section(tree);
 }
 

@@ -77,11 +77,15 @@ public:
 class KODO_API DataSection : public SafeReferenceCount
 {
 public:
-    /// Files may have this many bytes, and no more.
-    static constexpr std::size_t MAX_FILE_SIZE = std::size_t{256} * 1024 * 1024;
+    /// Files may have this many bytes, and no more: a definition that is larger is a mistake, which would
+    /// only be noticed when the memory is gone.
+    static constexpr std::size_t MAX_FILE_SIZE = std::size_t{64} * 1024 * 1024;
+    /// Elements may stand within one another this deep, the root being the first; code that walks a tree may
+    /// therefore call itself.
+    static constexpr std::size_t MAX_DEPTH = 1000;
 
-    /// The tree of a whole file; null for a text that is not well-formed, with one message that has @p name,
-    /// the line and the column. docs/localization.md tells what is accepted.
+    /// The tree of a whole file; null for a text that is not well-formed or nested too deep, with one message
+    /// that has @p name, the line and the column. docs/localization.md tells what is accepted.
     static SmartPointer<DataSection> parse(const BasicStringRef<char>& text, const std::string& name);
     /// A section of that name that has nothing in it.
     static SmartPointer<DataSection> makeEmpty(const std::string& name);

@@ -237,6 +237,11 @@ Opening MultiFileSystem::openPlain(Descriptor& out, const std::string& name, int
 
 #endif
 
+bool MultiFileSystem::isConfined(const std::string& name)
+{
+    return normalName(name).has_value();
+}
+
 FileSystem::FileType MultiFileSystem::fileType(const std::string& name) const
 {
 #if !defined(_WIN32)

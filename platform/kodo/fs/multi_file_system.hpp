@@ -38,6 +38,9 @@ public:
     bool addRoot(const std::string& directory);
     void clearRoots();
 
+    /// Whether a name is one that may stand for something here. Nothing is looked up.
+    static bool isConfined(const std::string& name);
+
     FileType fileType(const std::string& name) const;
 
     /// The names of what stands in a directory of the tree, in all roots, sorted by bytes and without

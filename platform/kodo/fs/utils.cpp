@@ -55,6 +55,25 @@ SmartPointer<DataSection> openNew(const BasicStringRef<char>& path, DataSectionC
     return creator != nullptr ? creator->create(name) : DataSection::makeEmpty(name);
 }
 
+/// Why a name stands for no file, where that is more than that nothing is there; else nothing.
+std::string_view whyNoFile(const std::string& name)
+{
+    switch (fileSystem().fileType(name))
+    {
+    case FileSystem::FT_DIRECTORY:
+        return "this is a directory";
+    case FileSystem::FT_NOT_FOUND:
+        return MultiFileSystem::isConfined(name) ? "" : "the name leads out of the file system's roots";
+    default:
+        return "this is no ordinary file";
+    }
+}
+
+void tell(const std::string& name, std::string_view fault)
+{
+    DebugMessageHelper(0, 5).message(name + ": " + std::string(fault));
+}
+
 } // namespace
 
 SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew,
@@ -65,12 +84,16 @@ SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool mak
     const FileReading reading = readFile(text, name, DataSection::MAX_FILE_SIZE);
     if (reading == FileReading::NoFile)
     {
-        const bool isFree = makeNew && fileSystem().fileType(name) == FileSystem::FT_NOT_FOUND;
-        return isFree ? openNew(path, creator) : SmartPointer<DataSection>();
+        if (const std::string_view fault = whyNoFile(name); !fault.empty())
+        {
+            tell(name, fault);
+            return {};
+        }
+        return makeNew ? openNew(path, creator) : SmartPointer<DataSection>();
     }
     if (reading != FileReading::Done)
     {
-        DebugMessageHelper(0, 5).message(name + ": " + describe(reading, DataSection::MAX_FILE_SIZE));
+        tell(name, describe(reading, DataSection::MAX_FILE_SIZE));
         return {};
     }
     TextFault fault;

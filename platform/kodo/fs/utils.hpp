@@ -17,11 +17,12 @@ KODO_API bool fileExists(const std::string& path);
 /// replaced since, by an update or a build, it is the path of the new one.
 KODO_API std::string appPath();
 
-/// The tree of a definition file of the shared file system. Null in silence when the name stands for no file,
-/// and with one message when the file cannot be read or is not well-formed.
+/// The tree of a definition file of the shared file system. Null in silence when nothing of that name is
+/// there, and with one message that begins with the name when it is a directory, may lead out of the roots,
+/// or the file cannot be read or is not well-formed.
 ///
-/// With @p makeNew a name that stands for nothing gives an empty section in memory (nothing is written), made
-/// by @p creator where there is one.
+/// With @p makeNew a name within the roots that stands for nothing gives an empty section in memory (nothing
+/// is written), made by @p creator where there is one.
 KODO_API SmartPointer<DataSection> openSection(const BasicStringRef<char>& path, bool makeNew = false,
                                                DataSectionCreator* creator = nullptr);
 

@@ -26,7 +26,7 @@ struct Entry
         File,
         Directory,     ///< of a group: with its list
         BareDirectory, ///< without one
-        ListDirectory, ///< in the place of the list
+        ListDirectory, ///< in the place of the list: something that can't be read is there
         Broken         ///< XML that is not well-formed: the list's, or the arena's
     };
 
@@ -51,7 +51,9 @@ public:
     {
         for (const auto& [name, group] : vehicles ? *vehicles : std::map<std::string, Entry>())
         {
-            m_broken += group.kind == Entry::Kind::Broken ? 1 : 0;
+            const bool isThere =
+                group.kind == Entry::Kind::Broken || group.kind == Entry::Kind::ListDirectory;
+            m_broken += isThere ? 1 : 0;
             if (group.kind == Entry::Kind::Directory)
             {
                 for (const auto& [tag, userString] : group.vehicles)

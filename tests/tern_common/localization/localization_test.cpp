@@ -121,7 +121,6 @@ TEST_F(LocalizationTest, OnlyDirectoriesAreGroups)
     m_tree.write("scripts/item_defs/vehicles/list.xml", "<root>" + vehicle("stray", "#v:tug") + "</root>");
     m_tree.makeDirectory("scripts/item_defs/vehicles/empty");
     m_tree.write("scripts/item_defs/vehicles/other/list.XML.txt", "<root/>");
-    m_tree.makeDirectory("scripts/item_defs/vehicles/odd/list.xml");
     m_tree.writeVehicles("ships/nested", vehicle("nested", "#v:tug"));
     Localization localization;
     EXPECT_TRUE(isCached(localization, "tug"));
@@ -242,6 +241,38 @@ TEST_F(LocalizationTest, ABrokenDefinitionFileIsOneReportAndHarmsNoOther)
         EXPECT_TRUE(isCached(localization, key)) << key;
     }
     for (const char* key : {"broken", "open", "2", "3"})
+    {
+        EXPECT_FALSE(isCached(localization, key)) << key;
+    }
+}
+
+TEST_F(LocalizationTest, WhatIsNoDefinitionFileIsSkippedWithOneReportThatNamesItAndHarmsNoOther)
+{
+    m_tree.writeVehicles("a", vehicle("first", "#v:tug"));
+    m_tree.makeDirectory("scripts/item_defs/vehicles/b/list.xml");
+    m_tree.writeVehicles("c", vehicle("large", "#v:tug"));
+    std::filesystem::resize_file(m_tree.path() / "scripts/item_defs/vehicles/c/list.xml", 100'000'000);
+    std::string deep;
+    std::string ends;
+    for (int i = 0; i < 10'000; ++i)
+    {
+        deep += "<a>\n";
+        ends += "</a>";
+    }
+    m_tree.writeVehicles("d", vehicle("beside", "#v:tug") + deep + ends);
+    m_tree.writeVehicles("e", vehicle("last", "#v:tug"));
+    m_tree.makeDirectory("scripts/arena_defs/1.xml"); // an entry of the wrong kind: silent
+    m_tree.writeArena("2.xml", arena("#v:bay"));
+    const ExpectReports reports{
+        "scripts/item_defs/vehicles/b/list.xml: this is a directory",
+        "scripts/item_defs/vehicles/c/list.xml: the file is larger than 67108864 bytes",
+        "scripts/item_defs/vehicles/d/list.xml:1000:2: Elements are nested deeper than 1000"};
+    Localization localization;
+    for (const char* key : {"first", "last", "2"})
+    {
+        EXPECT_TRUE(isCached(localization, key)) << key;
+    }
+    for (const char* key : {"large", "beside", "a", "1"})
     {
         EXPECT_FALSE(isCached(localization, key)) << key;
     }
