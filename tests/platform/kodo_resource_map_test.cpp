@@ -14,7 +14,6 @@
 #include <string>
 #include <thread>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 using Kodo::Loom::UiResourceManager;
@@ -55,10 +54,7 @@ protected:
                                                                 {"empty", "Empty"},
                                                                 {"long", LONG_TEXT}}));
         m_resources.write("text/fr/vehicles.mo", makeCatalogue({{"hauler", "Grue"}}));
-        m_resources.write("text/en/arenas.mo", makeCatalogue({{"Open", "First"},
-                                                              {"Open #2: all", "Second"},
-                                                              {"bay-2.b/name", "Bay"},
-                                                              {"with \xC3\xA4", "Umlaut"}}));
+        m_resources.write("text/en/arenas.mo", makeCatalogue({{"bay", "Bay"}, {"with \xC3\xA4", "Umlaut"}}));
     }
 
     std::string translate(const std::string& key) const { return getTranslatedText(key, m_manager); }
@@ -66,19 +62,6 @@ protected:
     ResourceTree m_resources;
     Manager m_manager;
 };
-
-/// Any map and what is reported when it is read.
-void expectReports(const std::string& map, const Texts& reports, bool isUsable)
-{
-    const ResourceTree resources;
-    resources.write("map.json", map);
-    Manager manager;
-    CollectReports collected;
-    EXPECT_EQ(manager.initialize(), isUsable) << map;
-    EXPECT_EQ(manager.initialize(), isUsable) << map;
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_EQ(collected.texts(), reports) << map;
-}
 
 /// Lets each allocation of a first translation fail in turn: of reading the map, its faults and a catalogue.
 void expectFailuresLeaveNothingBehind(const std::string& key, const std::string& expected)
@@ -114,73 +97,6 @@ TEST_F(ResourceMapTest, AKeyIsTranslatedByDomainAndMessage)
 {
     EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
     EXPECT_EQ(translate("#arenas:with \xC3\xA4"), "Umlaut");
-}
-
-TEST_F(ResourceMapTest, TextAroundTheReferenceStays)
-{
-    const std::pair<std::string, std::string> cases[] = {
-        {"Old #vehicles:hauler", "Old Lastkran"},
-        {":#vehicles:hauler", ":Lastkran"},
-        {"#vehicles:hauler ", "Lastkran "},
-        {"Old #vehicles:hauler, mark 2", "Old Lastkran, mark 2"},
-        {"(#vehicles:hauler)", "(Lastkran)"},
-        {"\"#vehicles:hauler\"", "\"Lastkran\""},
-        {"See #vehicles:hauler.", "See Lastkran."},
-        {"#vehicles:hauler...", "Lastkran..."},
-        {"#vehicles:hauler: new", "Lastkran: new"},
-        {"#vehicles:hauler\n#", "Lastkran\n#"},
-        {std::string("\0#vehicles:hauler\0", 18), std::string("\0Lastkran\0", 10)},
-    };
-    for (const auto& [key, text] : cases)
-    {
-        EXPECT_EQ(translate(key), text);
-    }
-}
-
-TEST_F(ResourceMapTest, OfSeveralReferencesTheFirstIsTranslated)
-{
-    EXPECT_EQ(translate("#vehicles:hauler / #vehicles:tug"), "Lastkran / #vehicles:tug");
-    EXPECT_EQ(translate("#vehicles:hauler/#vehicles:tug"), "Lastkran/#vehicles:tug");
-    EXPECT_EQ(translate("#vehicles:unknown #vehicles:tug"), "#vehicles:unknown #vehicles:tug");
-}
-
-TEST_F(ResourceMapTest, AHashThatBeginsNoReferenceIsText)
-{
-    EXPECT_EQ(translate("Crane #2 (#vehicles:hauler)"), "Crane #2 (Lastkran)");
-    EXPECT_EQ(translate("##vehicles:hauler"), "#Lastkran");
-    EXPECT_EQ(translate("abc#def #vehicles:hauler #3"), "abc#def Lastkran #3");
-    EXPECT_EQ(translate("a:b#vehicles:hauler"), "a:bLastkran");
-}
-
-TEST_F(ResourceMapTest, AMessageGoesToTheEndOfTheKeyWhereThereIsSuchAMessage)
-{
-    EXPECT_EQ(translate("#arenas:Open #2: all"), "Second");
-    EXPECT_EQ(translate("the #arenas:Open #2: all"), "the Second");
-    EXPECT_EQ(translate("#arenas:Open #2: al"), "First #2: al");
-    EXPECT_EQ(translate("#arenas:Open #2: all "), "First #2: all ");
-}
-
-TEST_F(ResourceMapTest, NoPartOfANameIsAMessage)
-{
-    for (const std::string key : {"#vehicles:hauler_2", "#vehicles:hauler-2", "#vehicles:hauler.2",
-                                  "#vehicles:hauler/2 x", "#vehicles:hauler\xC3\xA4", "#vehicles:2hauler x",
-                                  "#vehicles: hauler", "#vehicles:(hauler)", "#vehicles:.hauler"})
-    {
-        EXPECT_EQ(translate(key), key);
-    }
-    EXPECT_EQ(translate("#arenas:bay-2.b/name, here"), "Bay, here");
-}
-
-TEST_F(ResourceMapTest, AKeyThatLeadsToNoTranslationComesBackAsItStands)
-{
-    for (const std::string key :
-         {"", "hauler", "abc#def", "#", "#:", "#vehicles", "#vehicles:", "#:hauler", "#unknown:hauler",
-          "#vehicles:unknown", "vehicles:hauler", "vehicles:hauler#", "#vehicles #:hauler",
-          "# vehicles:hauler", "#Vehicles:hauler", "#vehicles:Hauler", "front #vehicles:unknown behind",
-          "#vehicles:hau", "#vehicles:haulers"})
-    {
-        EXPECT_EQ(translate(key), key);
-    }
 }
 
 TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
@@ -324,210 +240,4 @@ TEST_F(ResourceMapTest, AReceiverOfReportsMayTranslate)
                                       { heard = translate("#vehicles:hauler"); });
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_EQ(heard, "Hauler");
-}
-
-TEST(ResourceMapFaultTest, AMapThatIsNoJsonIsOneMessageWithItsPlace)
-{
-    expectReports(
-        "",
-        {"map.json:1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', "
-         "or a literal"},
-        false);
-    expectReports(
-        "{\n  \"language\": \"de\",\n  \"\xC3\xA4\": nope\n}",
-        {"map.json:3:9: syntax error while parsing value - invalid literal; last read: '\"\xC3\xA4\": no'"},
-        false);
-}
-
-TEST(ResourceMapFaultTest, ANumberBeyondAllNumbersIsAFaultAsAnyOther)
-{
-    expectReports("{\n  \"x\": 1e999\n}", {"map.json:2:12: number overflow parsing '1e999'"}, false);
-}
-
-TEST(ResourceMapFaultTest, AMapDoesNotEndAtANul)
-{
-    expectReports(std::string("{}\n\0{", 5), {"map.json:2:1: a NUL in the text"}, false);
-}
-
-TEST(ResourceMapFaultTest, AMapWithoutItsMainMembersIsNone)
-{
-    expectReports("[]", {"map.json: the resource map is no object"}, false);
-    expectReports("{}", {"map.json: /language is no text"}, false);
-    expectReports(R"({"language": 1, "catalogues": {}})", {"map.json: /language is no text"}, false);
-    expectReports(R"({"language": "de"})", {"map.json: /catalogues is no object"}, false);
-    expectReports(R"({"language": "de", "catalogues": []})", {"map.json: /catalogues is no object"}, false);
-}
-
-TEST(ResourceMapFaultTest, AWrongEntryIsIgnoredAndReported)
-{
-    expectReports(
-        R"({"language": "de", "catalogues": {"a:b": {}, "": {}, "v": 1, "w": {"de": 1, "": "x", "en": "y"}},
-                      "fallbacks": {"de": ["en", "fr", 1], "": ["en"], "it": "en"}, "extra": 0})",
-        {"map.json: /catalogues/ cannot stand in a key; it is ignored",
-         "map.json: /catalogues/a:b cannot stand in a key; it is ignored",
-         "map.json: /catalogues/v is no object; it is ignored",
-         "map.json: /catalogues/w/ names no language; it is ignored",
-         "map.json: /catalogues/w/de is no text; it is ignored",
-         "map.json: /extra is not known; it is ignored",
-         "map.json: /fallbacks/ is no list for a language; it is ignored",
-         "map.json: /fallbacks/de/1 is \"fr\", which has no catalogue; it is ignored",
-         "map.json: /fallbacks/de/2 is no text; it is ignored",
-         "map.json: /fallbacks/it is no list for a language; it is ignored"},
-        true);
-    expectReports(R"({"language": "de", "catalogues": {"v": {"en": "x"}}, "fallbacks": []})",
-                  {"map.json: /fallbacks is no object; it is ignored",
-                   "map.json: /language is \"de\", which has no catalogue"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, ACatalogueWithoutAFileIsIgnoredAndReported)
-{
-    expectReports(R"({"language": "de", "catalogues": {"vehicles": {"de": ""}}})",
-                  {"map.json: /catalogues/vehicles/de names no file; it is ignored",
-                   "map.json: /language is \"de\", which has no catalogue"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
-{
-    const ResourceTree resources;
-    resources.write("map.json", "{\"language\": \"" + std::string(1'000'000, 'x'));
-    const CollectReports reports;
-    EXPECT_FALSE(Manager().initialize());
-    ASSERT_EQ(reports.texts().size(), 1U);
-    const std::string text = reports.texts().front();
-    EXPECT_TRUE(text.starts_with("map.json:1:1000015: syntax error while parsing value - invalid string: "
-                                 "missing closing quote; last read: '\"xxx"))
-        << text.substr(0, 200);
-    EXPECT_LT(text.size(), 300U);
-}
-
-TEST(ResourceMapFaultTest, AFaultInALongNameIsAShortMessage)
-{
-    const std::string name(1'000'000, 'x');
-    const std::string cut = name.substr(0, 200) + "...";
-    expectReports(R"({"language": ")" + name +
-                      R"(", "catalogues": {"v": {"en": "x"}}, "fallbacks": {"en": [")" + name + "\"]}, \"" +
-                      name + "\": 1}",
-                  {"map.json: /fallbacks/en/0 is \"" + cut + "\", which has no catalogue; it is ignored",
-                   "map.json: /" + name.substr(0, 199) + "... is not known; it is ignored",
-                   "map.json: /language is \"" + cut + "\", which has no catalogue"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, OfMembersWithOneNameTheLastCounts)
-{
-    const ResourceTree resources;
-    resources.write("a.mo", makeCatalogue({{"a", "A"}}));
-    resources.write("map.json", R"({"catalogues": {"w": {"en": "w.mo"}}, "language": "de", "language": "en",
-        "catalogues": {"v": 1, "v": {"en": "none.mo", "en": "a.mo"}}})");
-    const Manager manager;
-    EXPECT_EQ(getTranslatedText("#v:a", manager), "A");
-    EXPECT_EQ(getTranslatedText("#w:a", manager), "#w:a");
-}
-
-TEST(ResourceMapFaultTest, WhatLiesDeeperThanAMapGoesIsIgnored)
-{
-    expectReports(R"({"language": "de", "catalogues": {"v": {"de": {"language": "en"}, "en": [["x"]]}},
-                      "fallbacks": {"de": [["en"], {"language": "fr"}]}})",
-                  {"map.json: /catalogues/v/de is no text; it is ignored",
-                   "map.json: /catalogues/v/en is no text; it is ignored",
-                   "map.json: /fallbacks/de/0 is no text; it is ignored",
-                   "map.json: /fallbacks/de/1 is no text; it is ignored"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, FallbacksMayNameEachOther)
-{
-    const ResourceTree resources;
-    resources.write("de.mo", makeCatalogue({{"a", "A"}}));
-    resources.write("en.mo", makeCatalogue({{"b", "B"}}));
-    resources.write("map.json", R"({"language": "de", "catalogues": {"v": {"de": "de.mo", "en": "en.mo"}},
-        "fallbacks": {"de": ["en", "de", "en"], "en": ["de", "en"]}})");
-    Manager manager;
-    for (const char* language : {"de", "en"})
-    {
-        EXPECT_TRUE(manager.setLanguage(language));
-        EXPECT_EQ(getTranslatedText("#v:a", manager), "A");
-        EXPECT_EQ(getTranslatedText("#v:b", manager), "B");
-        EXPECT_EQ(getTranslatedText("#v:c", manager), "#v:c");
-    }
-}
-
-TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
-{
-    constexpr int COUNT = 50'000; // a look at all pairs of them would go on for minutes
-    std::string domains;
-    std::string fallbacks;
-    for (int i = 0; i < COUNT; ++i)
-    {
-        const std::string name = std::to_string(i);
-        domains += (i > 0 ? ",\"d" : "\"d") + name + "\":{\"l" + name + "\":\"x.mo\"}";
-        fallbacks += (i > 0 ? ",\"l" : "\"l") + std::to_string(COUNT - 1);
-        fallbacks += '"';
-    }
-    const ResourceTree resources;
-    resources.write("map.json", R"({"language": "l0", "catalogues": {)" + domains +
-                                    R"(}, "fallbacks": {"l0": [)" + fallbacks + "]}}");
-    Manager manager;
-    EXPECT_TRUE(manager.initialize());
-    EXPECT_EQ(manager.languages().size(), static_cast<std::size_t>(COUNT));
-}
-
-TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)
-{
-    const std::string deep(1'000'000, '[');
-    const ResourceTree resources;
-    resources.write("map.json", R"({"language": "de", "catalogues": {}, "x": )" + deep +
-                                    std::string(deep.size(), ']') + "}");
-    const ExpectReports reports{"map.json: /x is not known; it is ignored",
-                                "map.json: /language is \"de\", which has no catalogue"};
-    EXPECT_TRUE(Manager().initialize());
-}
-
-TEST(ResourceMapFaultTest, AMissingMapIsReportedOnce)
-{
-    const ResourceTree resources;
-    Manager manager;
-    const ExpectReports reports{"map.json: there is no such file"};
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_FALSE(manager.initialize());
-    EXPECT_EQ(manager.language(), "");
-    EXPECT_TRUE(manager.languages().empty());
-    EXPECT_FALSE(manager.setLanguage("de"));
-}
-
-TEST(ResourceMapFaultTest, AManagerMayNameNoMap)
-{
-    UiResourceManager manager;
-    const ExpectReports reports{"There is no resource map: the resource manager names none"};
-    EXPECT_FALSE(manager.initialize());
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-}
-
-TEST(ResourceMapFaultTest, AMapThatIsADirectoryOrTooLargeIsNone)
-{
-    const ResourceTree resources;
-    std::filesystem::create_directory(resources.path() / "map.json");
-    {
-        const ExpectReports reports{"map.json: there is no such file"};
-        EXPECT_FALSE(Manager().initialize());
-    }
-    std::filesystem::remove(resources.path() / "map.json");
-    resources.write("map.json", "{");
-    std::filesystem::resize_file(resources.path() / "map.json", 16 * 1024 * 1024 + 1);
-    const ExpectReports reports{"map.json: the file is larger than 16777216 bytes"};
-    EXPECT_FALSE(Manager().initialize());
-}
-
-TEST(ResourceMapFaultTest, CataloguesOutsideOfTheFileSystemAreNotRead)
-{
-    const ResourceTree resources;
-    resources.write("map.json",
-                    R"({"language": "de", "catalogues": {"v": {"de": "../x.mo"}, "w": {"de": "/x.mo"}}})");
-    Manager manager;
-    const ExpectReports reports{"../x.mo: there is no such file", "/x.mo: there is no such file"};
-    EXPECT_EQ(getTranslatedText("#v:a", manager), "#v:a");
-    EXPECT_EQ(getTranslatedText("#w:a", manager), "#w:a");
 }
