@@ -8,8 +8,9 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <map>
-#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,6 +38,41 @@ protected:
     ResourceTree m_resources;
     MapManager m_manager;
 };
+
+bool isName(const std::string& text)
+{
+    const std::string others = "# :(\n"; // all that a test's keys have besides
+    return !text.empty() && text.find_first_of(others) == std::string::npos &&
+           std::string(".-/").find(text.back()) == std::string::npos;
+}
+
+/// What becomes of a key whose one domain is "d", tried out: each place for a reference, each length of a name.
+std::string readPlainly(const std::string& key, const std::function<std::string(const std::string&)>& textOf)
+{
+    std::size_t mark = 0;
+    while (mark < key.size() &&
+           (key[mark] != '#' || key[std::min(key.find_first_of("#:", mark + 1), key.size())] != ':'))
+    {
+        ++mark;
+    }
+    if (key.compare(mark, 3, "#d:") != 0)
+    {
+        return key;
+    }
+    const std::string front = key.substr(0, mark);
+    const std::string rest = key.substr(mark + 3);
+    if (const std::string text = textOf(rest); !text.empty())
+    {
+        return front + text;
+    }
+    std::size_t length = rest.size();
+    while (length > 0 && !isName(rest.substr(0, length)))
+    {
+        --length;
+    }
+    const std::string text = textOf(rest.substr(0, length));
+    return text.empty() ? key : front + text + rest.substr(length);
+}
 
 } // namespace
 
@@ -107,7 +143,7 @@ TEST_F(TranslatedTextTest, AKeyThatLeadsToNoTranslationComesBackAsItStands)
     }
 }
 
-RC_GTEST_PROP(TranslatedTextProperty, AnyTextIsTranslatedAsAPatternHasIt, ())
+RC_GTEST_PROP(TranslatedTextProperty, AnyTextIsTranslatedAsAPlainReadingHasIt, ())
 {
     const std::map<std::string, std::string> texts{
         {"a", "A"}, {"b.a", "BA"}, {"a: b", "sentence"}, {"-a", "dash"}, {"\xC3\xA4", "umlaut"}};
@@ -122,25 +158,10 @@ RC_GTEST_PROP(TranslatedTextProperty, AnyTextIsTranslatedAsAPatternHasIt, ())
     {
         key += piece;
     }
-    std::string expected = key;
-    static const std::regex REFERENCE("#([^#:]*):([^]*)");
-    static const std::regex NAME("[\\w./\x80-\xFF-]*[\\w\x80-\xFF]");
-    std::smatch reference;
-    if (std::regex_search(key, reference, REFERENCE) && reference[1] == "d")
+    const auto textOf = [&texts](const std::string& message)
     {
-        const std::string rest = reference[2];
-        std::smatch name;
-        const bool hasName = std::regex_search(rest, name, NAME, std::regex_constants::match_continuous);
-        const auto whole = texts.find(rest);
-        const auto named = texts.find(hasName ? name.str() : "");
-        if (whole != texts.end())
-        {
-            expected = reference.prefix().str() + whole->second;
-        }
-        else if (named != texts.end())
-        {
-            expected = reference.prefix().str() + named->second + name.suffix().str();
-        }
-    }
-    RC_ASSERT(getTranslatedText(key, manager) == expected);
+        const auto found = texts.find(message);
+        return found == texts.end() ? std::string() : found->second;
+    };
+    RC_ASSERT(getTranslatedText(key, manager) == readPlainly(key, textOf));
 }
