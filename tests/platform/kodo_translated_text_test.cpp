@@ -46,7 +46,8 @@ bool isName(const std::string& text)
            std::string(".-/").find(text.back()) == std::string::npos;
 }
 
-/// What becomes of a key whose one domain is "d", tried out: each place for a reference, each length of a name.
+/// What becomes of a key whose one domain is "d", tried out: each place for a reference, each length of a
+/// name.
 std::string readPlainly(const std::string& key, const std::function<std::string(const std::string&)>& textOf)
 {
     std::size_t mark = 0;
