@@ -314,6 +314,10 @@ void HeadlessSession::receive(const Kodo::DebugMessage& message)
         m_foreignReports.post([this, text = SessionText::onOneLine(message.text)] { complain(text); });
         return;
     }
+    if (!m_names.isNews(message.text))
+    {
+        return;
+    }
     if (!m_isParsing)
     {
         announce();

@@ -56,7 +56,7 @@ private:
     MainThreadQueue m_foreignReports;
     Kodo::DebugMessageSink m_sink;
     bool m_isParsing = false;
-    bool m_isTicking = false;
+    bool m_isTicking = false; ///< else no script's line is to blame
     std::uint64_t m_ticks = 0;
     std::size_t m_queued = 0;
     std::size_t m_notAnnounced = 0; ///< queued commands that have not been said to be started

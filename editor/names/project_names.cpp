@@ -30,7 +30,8 @@ bool isProject(const fs::path& directory)
 /// Where the build puts the compiled catalogues of the projects that come with the editor.
 fs::path builtCatalogues(const fs::path& project)
 {
-    const fs::path name = project.has_filename() ? project.filename() : project.parent_path().filename();
+    const fs::path whole = fs::absolute(project).lexically_normal(); // "." and "a/" have no name of their own
+    const fs::path name = whole.has_filename() ? whole.filename() : whole.parent_path().filename();
     return pathOf(Kodo::FS::Utils::appPath()).parent_path().parent_path() / "share" / "tern_editor" / name;
 }
 
@@ -86,7 +87,7 @@ public:
     }
 };
 
-ProjectNames::ProjectNames(const fs::path& project)
+ProjectNames::ProjectNames(const fs::path& project, const std::optional<std::string>& language)
 {
     if (!isProject(project))
     {
@@ -99,9 +100,16 @@ ProjectNames::ProjectNames(const fs::path& project)
         throw NamesError(displayName(project / RESOURCE_MAP) + ": cannot be used");
     }
     m_languages = m_others->languages();
-    m_language = m_others->language();
-    m_localization = std::make_unique<Localization>(); // first: it reports what cannot be read
-    m_definitions = readDefinitions();
+    if (language)
+    {
+        setLanguage(*language);
+    }
+    else
+    {
+        m_language = m_others->language();
+        m_localization = std::make_unique<Localization>();
+    }
+    m_definitions = readDefinitions(); // behind the library, which reports what cannot be read
 }
 
 ProjectNames::~ProjectNames() = default;
@@ -179,7 +187,7 @@ std::size_t ProjectNames::countUntranslated(const std::vector<std::string>& keys
 
 bool ProjectNames::isTranslated(const std::string& message, const std::string& language) const
 {
-    if (language == m_language) // its catalogues are read, and what is wrong with them has been reported
+    if (language == m_language) // its catalogues are read
     {
         return m_localization->loomTranslate(message) != message;
     }

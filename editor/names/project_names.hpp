@@ -46,11 +46,16 @@ struct TranslatedName
 
 /// The names of one project in the user's language. The process's file system shows the project for as long
 /// as this object lives, so there is one such object at a time. Main thread only.
+///
+/// What is wrong with a project's files is reported whenever they are read: by each operation, and more than
+/// once by some, as each language has its own cache and catalogues.
 class ProjectNames
 {
 public:
-    /// Throws NamesError for a directory without a resource map that can be used.
-    explicit ProjectNames(const std::filesystem::path& project);
+    /// Speaks @p language, or the one that the project names where none is given. Throws NamesError for a
+    /// directory without a resource map that can be used, and for an unknown language.
+    explicit ProjectNames(const std::filesystem::path& project,
+                          const std::optional<std::string>& language = std::nullopt);
     ProjectNames(const ProjectNames&) = delete;
     ProjectNames& operator=(const ProjectNames&) = delete;
     ~ProjectNames();

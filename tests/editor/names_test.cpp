@@ -308,6 +308,84 @@ TEST_F(NamesTest, AResourceMapThatCannotBeUsedIsToldOnce)
     EXPECT_EQ(std::count(m_errors.begin(), m_errors.end(), '\n'), 2);
 }
 
+TEST_F(NamesTest, EachFaultOfAProjectIsReadOnceHoweverOftenItsLanguageIsSwitched)
+{
+    const std::string level = makeLevel(R"({"language":"en","fallbacks":{"de":["en"]},"extra":1,
+        "catalogues":{"v":{"en":"v.mo","de":"de.mo","el":"el.mo"}}})");
+    m_directory.write("level_project/de.mo", "no catalogue at all, however long one looks");
+    m_directory.write("level_project/scripts/arena_defs/bay.xml", "<root><name>#v:bay</name></root>");
+    m_directory.write("level_project/scripts/arena_defs/broken.xml", "<root>\n<name>#v:broken</nam></root>");
+    const std::string script =
+        m_directory
+            .write("s.txt", "names.language(\"de\")\nnames.show(\"bay\")\nnames.language(\"en\")\n"
+                            "names.language(\"fr\")\nnames.language(\"fr\")\n"
+                            "names.language(\"de\")\nnames.show(\"#v:tug\")\n")
+            .string();
+    EXPECT_EQ(run("--headless --level " + level + " --names --language en --script " + script), 1);
+    const auto times = [this](const std::string& fault)
+    {
+        std::size_t count = 0;
+        for (std::size_t at = m_errors.find(fault); at != std::string::npos;
+             at = m_errors.find(fault, at + 1))
+        {
+            ++count;
+        }
+        return count;
+    };
+    EXPECT_EQ(times("gui/canopy/res_map.json: /extra is not known; it is ignored\n"), 1U);
+    EXPECT_EQ(times("scripts/arena_defs/broken.xml:2:"), 1U);
+    EXPECT_EQ(times("v.mo: there is no such file\n"), 1U);
+    EXPECT_EQ(times("el.mo: there is no such file\n"), 1U) << "read for its count";
+    EXPECT_EQ(times("de.mo: this is no catalogue of messages\n"), 1U);
+    EXPECT_EQ(times("the project has no language \"fr\""), 2U) << "a fault of each command";
+    EXPECT_EQ(std::count(m_errors.begin(), m_errors.end(), '\n'), 7) << m_errors;
+}
+
+TEST_F(NamesTest, WhatIsReportedStandsOnALineOfItsOwnAndNamesNoScriptBehindItsEnd)
+{
+    const std::string level =
+        makeLevel(R"({"language":"en","catalogues":{"v":{"en":"v.mo"},"w":{"de":"w.mo"}}})");
+    m_directory.write("level_project/scripts/arena_defs/bay.xml", "<root><name>#v:bay</name></root>");
+    m_directory.write("level_project/scripts/arena_defs/pier.xml", "<root><name>#w:pier</name></root>");
+    const std::string script = m_directory.write("s.txt", "names.show(\"#v:tug\")\n").string();
+    run("--headless --level " + level + " --names --script " + script + " 2>&1 | cat");
+    EXPECT_EQ(lines("error: "), (Lines{script + ":1: names.show(\"#v:tug\"): v.mo: there is no such file",
+                                       "w.mo: there is no such file"}))
+        << m_out;
+}
+
+TEST_F(NamesTest, TextAroundAReferenceStaysInNames)
+{
+    const std::string level =
+        m_directory.write("lonely.level", R"({"format":"tern-level","version":1})").string();
+    const std::string script =
+        m_directory.write("s.txt", "names.show(\"Old #vehicles:tug, mark 2\")\nnames.show(\"abc#def\")\n")
+            .string();
+    EXPECT_EQ(run("--headless --level " + level +
+                  " --project samples/harbour_project --language de --script " + script),
+              0)
+        << m_errors;
+    EXPECT_EQ(lines("name: "),
+              (Lines{"Old #vehicles:tug, mark 2 \"Old Hafenschlepper, mark 2\", from the catalogue",
+                     "abc#def: nothing"}));
+}
+
+TEST_F(NamesTest, AProjectMayBeNamedByItsOwnDirectory)
+{
+    const std::string level =
+        m_directory.write("lonely.level", R"({"format":"tern-level","version":1})").string();
+    for (const char* project : {"samples/harbour_project/.", "samples/../samples/harbour_project//"})
+    {
+        EXPECT_EQ(run("--headless --level " + level + " --names --project " + project), 0) << m_errors;
+        EXPECT_EQ(lines("untranslated in "), (Lines{"de: 1 of 17", "el: 3 of 17", "en: 0 of 17"}));
+    }
+    const std::string arguments = "--headless --level " + level + " --names --project .";
+    EXPECT_EQ(
+        run("--help >/dev/null && cd samples/harbour_project && '" TERN_EDITOR_PROGRAM "' " + arguments), 0)
+        << m_errors;
+    EXPECT_EQ(lines("untranslated in "), (Lines{"de: 1 of 17", "el: 3 of 17", "en: 0 of 17"}));
+}
+
 TEST_F(NamesTest, NamesNeedALevelAndLanguagesNames)
 {
     EXPECT_EQ(run("--headless --names"), 2);

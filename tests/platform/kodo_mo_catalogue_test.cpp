@@ -1,7 +1,8 @@
-#include "kodo/loom/ui_resource_manager.hpp"
+#include "tests/platform/map_manager.hpp"
+#include "tests/support/mo_file.hpp"
 #include "tests/support/property.hpp"
 #include "tests/support/reports.hpp"
-#include "tests/support/text_resources.hpp"
+#include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -30,8 +31,8 @@ public:
     std::string find(std::string_view message) const { return std::string(m_manager.find("d", message)); }
 
 private:
-    TextResources m_resources;
-    TextResources::Manager m_manager;
+    ResourceTree m_resources;
+    MapManager m_manager;
 };
 
 void expectFault(const std::string& bytes, const std::string& what)
@@ -206,16 +207,42 @@ TEST(MoCatalogueFaultTest, TextsMustLieWithinTheFileAndEndThere)
     expectFault(changed(56, static_cast<std::uint32_t>(file.bytes().size())), CUT_OFF);
 }
 
+TEST(MoCatalogueFaultTest, TextsMustLieBehindTheHeaderAndApartFromTheTables)
+{
+    const MoFile file({{"a", "A"}, {"b", "B"}});
+    for (const std::size_t entry : {28U, 36U, 44U, 52U}) // of the messages, then of their texts
+    {
+        for (const std::uint32_t at : {4U, 10U, 29U, 38U, 46U, 59U})
+        {
+            std::string bytes = file.bytes();
+            bytes.replace(entry, 8, file.number(1) + file.number(at)); // a NUL is among a number's bytes
+            bytes[at + 1] = '\0';
+            expectFault(bytes, "the texts of the catalogue overlap");
+        }
+    }
+}
+
 TEST(MoCatalogueFaultTest, TextsThatShareTheirBytesWithoutEndAreRefused)
 {
     const MoFile plain(MoFile::Entries(1000, {"a", "A"}));
     std::string bytes = plain.bytes();
-    const auto size = static_cast<std::uint32_t>(bytes.size());
+    const auto begin = static_cast<std::uint32_t>(bytes.size());
+    bytes += std::string(1000, 'x') + '\0';
     for (std::size_t i = 0; i < 2000; ++i)
     {
-        bytes.replace(28 + 8 * i, 8, plain.number(size - 1 - 28) + plain.number(28));
+        bytes.replace(28 + 8 * i, 8, plain.number(1000) + plain.number(begin));
     }
     expectFault(bytes, "the texts of the catalogue overlap");
+}
+
+TEST(MoCatalogueTest, SomeTextsMayShareTheirBytes)
+{
+    const MoFile file({{"anchor", "A"}, {"b", "B"}});
+    std::string bytes = file.bytes();
+    bytes.replace(36, 8, file.number(4) + file.number(28 + 32 + 2)); // the end of the other message
+    const Catalogue catalogue(bytes);
+    EXPECT_EQ(catalogue.find("anchor"), "A");
+    EXPECT_EQ(catalogue.find("chor"), "B");
 }
 
 TEST(MoCatalogueFaultTest, EveryCutOffCatalogueIsRefused)

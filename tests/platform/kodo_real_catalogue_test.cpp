@@ -1,9 +1,10 @@
 // Catalogues of large translated programs, as a system has them installed, against what gettext's own tool
 // reads in them.
 
-#include "kodo/loom/ui_resource_manager.hpp"
+#include "kodo/fs/multi_file_system.hpp"
+#include "tests/platform/map_manager.hpp"
 #include "tests/support/reports.hpp"
-#include "tests/support/text_resources.hpp"
+#include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 
@@ -148,10 +149,10 @@ void compareAll(const std::string& program, std::size_t leastMessages)
         GTEST_SKIP() << "the translations of " << program
                      << " or msgunfmt (package gettext) are not installed";
     }
-    const TextResources resources;
+    const ResourceTree resources;
     Kodo::FS::fileSystem().addRoot(LOCALES.string());
     resources.write("map.json", R"({"language": "de", "catalogues": {"d": {)" + files + "}}}");
-    TextResources::Manager manager;
+    MapManager manager;
     std::size_t count = 0;
     for (const std::string& language : manager.languages())
     {

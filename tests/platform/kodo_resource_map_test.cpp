@@ -2,13 +2,15 @@
 
 #include "kodo/core/debug_message_helper.hpp"
 #include "kodo/loom/ui_resource_utils.hpp"
+#include "tests/platform/map_manager.hpp"
 #include "tests/support/allocation_hook.hpp"
 #include "tests/support/reports.hpp"
-#include "tests/support/text_resources.hpp"
+#include "tests/support/resource_tree.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -18,7 +20,7 @@ using Kodo::Loom::UiResourceManager;
 using Kodo::Loom::UiResourceUtils::currentLanguage;
 using Kodo::Loom::UiResourceUtils::getTranslatedText;
 using Kodo::Loom::UiResourceUtils::setCurrentLanguage;
-using Manager = TextResources::Manager;
+using Manager = MapManager;
 using Texts = std::vector<std::string>;
 
 static_assert(std::has_virtual_destructor_v<UiResourceManager>);
@@ -45,32 +47,48 @@ protected:
         "arenas": { "en": "text/en/arenas.mo" }
     }
 })");
-        m_resources.writeCatalogue("text/de/vehicles.mo", {{"hauler", "Lastkran"}, {"empty", ""}});
-        m_resources.writeCatalogue(
-            "text/en/vehicles.mo",
-            {{"hauler", "Hauler"}, {"tug", "Tug"}, {"empty", "Empty"}, {"long", LONG_TEXT}});
-        m_resources.writeCatalogue("text/fr/vehicles.mo", {{"hauler", "Grue"}});
-        m_resources.writeCatalogue("text/en/arenas.mo",
-                                   {{"Open #2: all", "Second"}, {"with \xC3\xA4", "Umlaut"}});
+        m_resources.write("text/de/vehicles.mo", makeCatalogue({{"hauler", "Lastkran"}, {"empty", ""}}));
+        m_resources.write("text/en/vehicles.mo", makeCatalogue({{"hauler", "Hauler"},
+                                                                {"hauler ahoy", "Hauler!"},
+                                                                {"tug", "Tug"},
+                                                                {"empty", "Empty"},
+                                                                {"long", LONG_TEXT}}));
+        m_resources.write("text/fr/vehicles.mo", makeCatalogue({{"hauler", "Grue"}}));
+        m_resources.write("text/en/arenas.mo", makeCatalogue({{"bay", "Bay"}, {"with \xC3\xA4", "Umlaut"}}));
     }
 
     std::string translate(const std::string& key) const { return getTranslatedText(key, m_manager); }
 
-    TextResources m_resources;
+    ResourceTree m_resources;
     Manager m_manager;
 };
 
-/// Any map and what is reported when it is read.
-void expectReports(const std::string& map, const Texts& reports, bool isUsable)
+/// Lets each allocation of a first translation fail in turn: of reading the map, its faults and a catalogue.
+void expectFailuresLeaveNothingBehind(const std::string& key, const std::string& expected)
 {
-    const TextResources resources;
-    resources.write("map.json", map);
-    Manager manager;
-    CollectReports collected;
-    EXPECT_EQ(manager.initialize(), isUsable) << map;
-    EXPECT_EQ(manager.initialize(), isUsable) << map;
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_EQ(collected.texts(), reports) << map;
+    bool failed = true;
+    for (std::size_t successes = 0; failed; ++successes)
+    {
+        SCOPED_TRACE("at allocation " + std::to_string(successes));
+        const std::size_t before = liveHeapBytes();
+        failed = false;
+        {
+            const CollectReports reports;
+            Manager manager;
+            try
+            {
+                const FailingAllocation one(successes);
+                EXPECT_EQ(getTranslatedText(key, manager), expected);
+            }
+            catch (const std::bad_alloc&)
+            {
+                failed = true;
+            }
+            EXPECT_EQ(getTranslatedText(key, manager), expected) << "what has failed is done again";
+        }
+        EXPECT_EQ(liveHeapBytes(), before);
+        ASSERT_LT(successes, 5000U);
+    }
 }
 
 } // namespace
@@ -79,31 +97,6 @@ TEST_F(ResourceMapTest, AKeyIsTranslatedByDomainAndMessage)
 {
     EXPECT_EQ(translate("#vehicles:hauler"), "Lastkran");
     EXPECT_EQ(translate("#arenas:with \xC3\xA4"), "Umlaut");
-}
-
-TEST_F(ResourceMapTest, TextInFrontOfTheReferenceStays)
-{
-    EXPECT_EQ(translate("Old #vehicles:hauler"), "Old Lastkran");
-    EXPECT_EQ(translate(":#vehicles:hauler"), ":Lastkran");
-}
-
-TEST_F(ResourceMapTest, AMessageGoesToTheEndOfTheKey)
-{
-    EXPECT_EQ(translate("#arenas:Open #2: all"), "Second");
-    EXPECT_EQ(translate("#vehicles:hauler "), "#vehicles:hauler ") << "blanks count";
-}
-
-TEST_F(ResourceMapTest, AKeyThatLeadsToNoTranslationComesBackAsItStands)
-{
-    for (const std::string key :
-         {"", "hauler", "abc#def", "#", "#:", "#vehicles", "#vehicles:", "#:hauler", "#unknown:hauler",
-          "#vehicles:unknown", "vehicles:hauler", "##vehicles:hauler", "# vehicles:hauler",
-          "front #vehicles:unknown", "#vehicles:hau", "#vehicles:haulers"})
-    {
-        EXPECT_EQ(translate(key), key);
-    }
-    const std::string withNul("#vehicles:hauler\0", 17);
-    EXPECT_EQ(translate(withNul), withNul);
 }
 
 TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
@@ -116,6 +109,8 @@ TEST_F(ResourceMapTest, FallbacksAreAskedInTheirOrder)
     EXPECT_TRUE(m_manager.setLanguage("fr"));
     EXPECT_EQ(translate("#vehicles:hauler"), "Grue");
     EXPECT_EQ(translate("#vehicles:tug"), "#vehicles:tug") << "French names no fallback";
+    EXPECT_TRUE(m_manager.setLanguage("de"));
+    EXPECT_EQ(translate("#vehicles:hauler ahoy"), "Hauler!") << "a fallback's whole message before a name";
 }
 
 TEST_F(ResourceMapTest, TheLanguageOfAManagerIsSwitched)
@@ -177,7 +172,7 @@ TEST_F(ResourceMapTest, ACatalogueIsReadOnceAndByTheFirstMessageLookedForInIt)
 TEST_F(ResourceMapTest, AMissingCatalogueIsReportedOnceAndTheFallbackSpeaks)
 {
     const ExpectReports reports{"text/de/vehicles.mo: there is no such file"};
-    std::filesystem::remove(m_resources.disk() / "text/de/vehicles.mo");
+    std::filesystem::remove(m_resources.path() / "text/de/vehicles.mo");
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_TRUE(m_manager.setLanguage("de_AT"));
@@ -186,8 +181,9 @@ TEST_F(ResourceMapTest, AMissingCatalogueIsReportedOnceAndTheFallbackSpeaks)
 
 TEST_F(ResourceMapTest, ATranslationAllocatesNothingButItsResult)
 {
-    const std::string keys[] = {"#vehicles:hauler",  "#vehicles:long",  "Old #vehicles:long",
-                                "#vehicles:unknown", "#unknown:hauler", "hauler"};
+    const std::string keys[] = {
+        "#vehicles:hauler", "#vehicles:long", "Old #vehicles:long", "(#vehicles:long)", "#vehicles:unknown",
+        "#unknown:hauler",  "hauler"};
     for (const std::string& key : keys)
     {
         const std::string expected = translate(key);
@@ -199,6 +195,17 @@ TEST_F(ResourceMapTest, ATranslationAllocatesNothingButItsResult)
         EXPECT_EQ(forTranslation.count(), allowed) << key;
         EXPECT_EQ(text, copy);
     }
+}
+
+TEST_F(ResourceMapTest, WhereMemoryRunsOutNothingIsLeftBehindAndTheNextCallDoesItAgain)
+{
+    expectFailuresLeaveNothingBehind("the #vehicles:long, mark 2", "the " + LONG_TEXT + ", mark 2");
+    m_resources.write("map.json",
+                      "{\"language\": \"de\", \"catalogues\": {\"a name that stands on the heap\": 1}, "
+                      "\"another one that stands on the heap\": [[[\"x\"]], {\"y\": [1]}]}");
+    expectFailuresLeaveNothingBehind("#vehicles:hauler", "#vehicles:hauler");
+    m_resources.write("map.json", "{\"language\": [\"a text that stands on the heap, and is cut off");
+    expectFailuresLeaveNothingBehind("#vehicles:hauler", "#vehicles:hauler");
 }
 
 TEST_F(ResourceMapTest, AnySeveralThreadsMayTranslateAndSwitch)
@@ -233,158 +240,4 @@ TEST_F(ResourceMapTest, AReceiverOfReportsMayTranslate)
                                       { heard = translate("#vehicles:hauler"); });
     EXPECT_EQ(translate("#vehicles:hauler"), "Hauler");
     EXPECT_EQ(heard, "Hauler");
-}
-
-TEST(ResourceMapFaultTest, AMapThatIsNoJsonIsOneMessageWithItsPlace)
-{
-    expectReports(
-        "",
-        {"map.json:1:1: syntax error while parsing value - unexpected end of input; expected '[', '{', "
-         "or a literal"},
-        false);
-    expectReports(
-        "{\n  \"language\": \"de\",\n  \"\xC3\xA4\": nope\n}",
-        {"map.json:3:9: syntax error while parsing value - invalid literal; last read: '\"\xC3\xA4\": no'"},
-        false);
-}
-
-TEST(ResourceMapFaultTest, ANumberBeyondAllNumbersIsAFaultAsAnyOther)
-{
-    expectReports("{\n  \"x\": 1e999\n}", {"map.json:2:12: number overflow parsing '1e999'"}, false);
-}
-
-TEST(ResourceMapFaultTest, AMapDoesNotEndAtANul)
-{
-    expectReports(std::string("{}\n\0{", 5), {"map.json:2:1: a NUL in the text"}, false);
-}
-
-TEST(ResourceMapFaultTest, AMapWithoutItsMainMembersIsNone)
-{
-    expectReports("[]", {"map.json: the resource map is no object"}, false);
-    expectReports("{}", {"map.json: /language is no text"}, false);
-    expectReports(R"({"language": 1, "catalogues": {}})", {"map.json: /language is no text"}, false);
-    expectReports(R"({"language": "de"})", {"map.json: /catalogues is no object"}, false);
-    expectReports(R"({"language": "de", "catalogues": []})", {"map.json: /catalogues is no object"}, false);
-}
-
-TEST(ResourceMapFaultTest, AWrongEntryIsIgnoredAndReported)
-{
-    expectReports(
-        R"({"language": "de", "catalogues": {"a:b": {}, "": {}, "v": 1, "w": {"de": 1, "": "x", "en": "y"}},
-                      "fallbacks": {"de": ["en", "fr", 1], "": ["en"], "it": "en"}, "extra": 0})",
-        {"map.json: /catalogues/ cannot stand in a key; it is ignored",
-         "map.json: /catalogues/a:b cannot stand in a key; it is ignored",
-         "map.json: /catalogues/v is no object; it is ignored",
-         "map.json: /catalogues/w/ names no language; it is ignored",
-         "map.json: /catalogues/w/de is no text; it is ignored",
-         "map.json: /extra is not known; it is ignored",
-         "map.json: /fallbacks/ is no list for a language; it is ignored",
-         "map.json: /fallbacks/de/1 is \"fr\", which has no catalogue; it is ignored",
-         "map.json: /fallbacks/de/2 is no text; it is ignored",
-         "map.json: /fallbacks/it is no list for a language; it is ignored"},
-        true);
-    expectReports(R"({"language": "de", "catalogues": {"v": {"en": "x"}}, "fallbacks": []})",
-                  {"map.json: /fallbacks is no object; it is ignored",
-                   "map.json: /language is \"de\", which has no catalogue"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, ACatalogueWithoutAFileIsIgnoredAndReported)
-{
-    expectReports(R"({"language": "de", "catalogues": {"vehicles": {"de": ""}}})",
-                  {"map.json: /catalogues/vehicles/de names no file; it is ignored",
-                   "map.json: /language is \"de\", which has no catalogue"},
-                  true);
-}
-
-TEST(ResourceMapFaultTest, AFaultInALongTextIsAShortMessage)
-{
-    const TextResources resources;
-    resources.write("map.json", "{\"language\": \"" + std::string(1'000'000, 'x'));
-    const CollectReports reports;
-    EXPECT_FALSE(Manager().initialize());
-    ASSERT_EQ(reports.texts().size(), 1U);
-    const std::string text = reports.texts().front();
-    EXPECT_TRUE(text.starts_with("map.json:1:1000015: syntax error while parsing value - invalid string: "
-                                 "missing closing quote; last read: '\"xxx"))
-        << text.substr(0, 200);
-    EXPECT_LT(text.size(), 300U);
-}
-
-TEST(ResourceMapFaultTest, AMapOfManyLanguagesIsReadInTimeThatGrowsWithItsSize)
-{
-    constexpr int COUNT = 50'000; // a look at all pairs of them would go on for minutes
-    std::string domains;
-    std::string fallbacks;
-    for (int i = 0; i < COUNT; ++i)
-    {
-        const std::string name = std::to_string(i);
-        domains += (i > 0 ? ",\"d" : "\"d") + name + "\":{\"l" + name + "\":\"x.mo\"}";
-        fallbacks += (i > 0 ? ",\"l" : "\"l") + std::to_string(COUNT - 1);
-        fallbacks += '"';
-    }
-    const TextResources resources;
-    resources.write("map.json", R"({"language": "l0", "catalogues": {)" + domains +
-                                    R"(}, "fallbacks": {"l0": [)" + fallbacks + "]}}");
-    Manager manager;
-    EXPECT_TRUE(manager.initialize());
-    EXPECT_EQ(manager.languages().size(), static_cast<std::size_t>(COUNT));
-}
-
-TEST(ResourceMapFaultTest, AMapNestedWithoutEndNeedsNoStack)
-{
-    const std::string deep(1'000'000, '[');
-    const TextResources resources;
-    resources.write("map.json", R"({"language": "de", "catalogues": {}, "x": )" + deep +
-                                    std::string(deep.size(), ']') + "}");
-    const ExpectReports reports{"map.json: /x is not known; it is ignored",
-                                "map.json: /language is \"de\", which has no catalogue"};
-    EXPECT_TRUE(Manager().initialize());
-}
-
-TEST(ResourceMapFaultTest, AMissingMapIsReportedOnce)
-{
-    const TextResources resources;
-    Manager manager;
-    const ExpectReports reports{"map.json: there is no such file"};
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-    EXPECT_FALSE(manager.initialize());
-    EXPECT_EQ(manager.language(), "");
-    EXPECT_TRUE(manager.languages().empty());
-    EXPECT_FALSE(manager.setLanguage("de"));
-}
-
-TEST(ResourceMapFaultTest, AManagerMayNameNoMap)
-{
-    UiResourceManager manager;
-    const ExpectReports reports{"There is no resource map: the resource manager names none"};
-    EXPECT_FALSE(manager.initialize());
-    EXPECT_EQ(getTranslatedText("#vehicles:hauler", manager), "#vehicles:hauler");
-}
-
-TEST(ResourceMapFaultTest, AMapThatIsADirectoryOrTooLargeIsNone)
-{
-    const TextResources resources;
-    std::filesystem::create_directory(resources.disk() / "map.json");
-    {
-        const ExpectReports reports{"map.json: there is no such file"};
-        EXPECT_FALSE(Manager().initialize());
-    }
-    std::filesystem::remove(resources.disk() / "map.json");
-    resources.write("map.json", "{");
-    std::filesystem::resize_file(resources.disk() / "map.json", 16 * 1024 * 1024 + 1);
-    const ExpectReports reports{"map.json: the file is larger than 16777216 bytes"};
-    EXPECT_FALSE(Manager().initialize());
-}
-
-TEST(ResourceMapFaultTest, CataloguesOutsideOfTheFileSystemAreNotRead)
-{
-    const TextResources resources;
-    resources.write("map.json",
-                    R"({"language": "de", "catalogues": {"v": {"de": "../x.mo"}, "w": {"de": "/x.mo"}}})");
-    Manager manager;
-    const ExpectReports reports{"../x.mo: there is no such file", "/x.mo: there is no such file"};
-    EXPECT_EQ(getTranslatedText("#v:a", manager), "#v:a");
-    EXPECT_EQ(getTranslatedText("#w:a", manager), "#w:a");
 }

@@ -84,7 +84,7 @@ public:
         {
             return "a table of the catalogue is cut off";
         }
-        if (messages.at < texts.at + texts.size() && texts.at < messages.at + messages.size())
+        if (messages.overlaps(texts.at, texts.size()))
         {
             return "the tables of the catalogue overlap";
         }
@@ -97,6 +97,17 @@ private:
         std::uint64_t at;
         std::uint64_t count;
         std::uint64_t size() const noexcept { return count * 8; }
+        bool overlaps(std::uint64_t otherAt, std::uint64_t otherSize) const noexcept
+        {
+            return at < otherAt + otherSize && otherAt < at + size();
+        }
+    };
+
+    /// Where a text is, without the NUL behind it.
+    struct Place
+    {
+        std::uint64_t at;
+        std::uint64_t size;
     };
 
     std::uint32_t number(std::size_t at) const noexcept
@@ -113,37 +124,53 @@ private:
 
     std::string readEntries(std::vector<Entry>& entries, const Table& messages, const Table& texts)
     {
+        constexpr const char* OVERLAP = "the texts of the catalogue overlap";
         entries.reserve(static_cast<std::size_t>(messages.count));
+        std::uint64_t textSize = 0;
         for (std::uint64_t i = 0; i < messages.count; ++i)
         {
-            Entry entry;
-            if (!readText(entry.message, messages.at + i * 8) || !readText(entry.text, texts.at + i * 8))
+            const Place message = placeAt(messages.at + i * 8);
+            const Place text = placeAt(texts.at + i * 8);
+            if (!isInside(message) || !isInside(text))
             {
                 return "a text of the catalogue is cut off";
             }
-            entries.push_back(entry);
+            for (const Place& place : {message, text})
+            {
+                if (place.at < HEADER_SIZE || messages.overlaps(place.at, place.size + 1) ||
+                    texts.overlaps(place.at, place.size + 1))
+                {
+                    return OVERLAP;
+                }
+            }
+            textSize += message.size + text.size;
+            entries.push_back({textOf(message), textOf(text)});
         }
-        // Else a small file could stand for a great deal of text.
-        return m_textSize <= m_file.size() ? std::string() : "the texts of the catalogue overlap";
+        // Texts may share their bytes, but else a small file could stand for a great deal of text.
+        return textSize <= m_file.size() ? std::string() : OVERLAP;
     }
 
-    bool readText(std::string_view& text, std::uint64_t place)
+    Place placeAt(std::uint64_t entry) const noexcept
     {
-        const std::uint64_t size = number(static_cast<std::size_t>(place));
-        const std::uint64_t at = number(static_cast<std::size_t>(place) + 4);
-        if (at + size >= m_file.size() || m_file[static_cast<std::size_t>(at + size)] != '\0')
-        {
-            return false;
-        }
-        m_textSize += size;
-        text = m_file.substr(static_cast<std::size_t>(at), static_cast<std::size_t>(size));
-        text = text.substr(0, text.find('\0')); // plural forms stand behind
-        return true;
+        return {number(static_cast<std::size_t>(entry) + 4), number(static_cast<std::size_t>(entry))};
+    }
+
+    /// With the NUL behind it.
+    bool isInside(const Place& place) const noexcept
+    {
+        return place.at + place.size < m_file.size() &&
+               m_file[static_cast<std::size_t>(place.at + place.size)] == '\0';
+    }
+
+    std::string_view textOf(const Place& place) const noexcept
+    {
+        const std::string_view text =
+            m_file.substr(static_cast<std::size_t>(place.at), static_cast<std::size_t>(place.size));
+        return text.substr(0, text.find('\0')); // plural forms stand behind
     }
 
     std::string_view m_file;
     bool m_swapped = false;
-    std::uint64_t m_textSize = 0;
 };
 
 MoCatalogue::MoCatalogue(FS::FileContent file, std::string& fault) : m_file(std::move(file))

@@ -1,12 +1,12 @@
 #include "kodo/loom/resource_map.hpp"
 
 #include "kodo/core/text_position.hpp"
-
-#include <nlohmann/json.hpp>
+#include "kodo/loom/json_outline.hpp"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <set>
-#include <utility>
 
 namespace Kodo::Loom
 {
@@ -14,55 +14,9 @@ namespace Kodo::Loom
 namespace
 {
 
-using Json = nlohmann::json;
+using Kind = JsonOutline::Kind;
 
-/// Where a text stops being JSON, and why. Its own pass: the parser tells the place of some faults only here.
-class JsonFault : private nlohmann::json_sax<Json>
-{
-public:
-    explicit JsonFault(std::string_view text)
-    {
-        Json::sax_parse(text, static_cast<nlohmann::json_sax<Json>*>(this));
-    }
-
-    std::size_t offset() const noexcept { return m_offset; }
-    const std::string& what() const noexcept { return m_what; }
-
-private:
-    static constexpr std::size_t LONGEST_REASON = 200;
-
-    bool null() override { return true; }
-    bool boolean(bool) override { return true; }
-    bool number_integer(number_integer_t) override { return true; }
-    bool number_unsigned(number_unsigned_t) override { return true; }
-    bool number_float(number_float_t, const string_t&) override { return true; }
-    bool string(string_t&) override { return true; }
-    bool binary(binary_t&) override { return true; }
-    bool start_object(std::size_t) override { return true; }
-    bool key(string_t&) override { return true; }
-    bool end_object() override { return true; }
-    bool start_array(std::size_t) override { return true; }
-    bool end_array() override { return true; }
-    bool parse_error(std::size_t position, const std::string&, const Json::exception& error) override
-    {
-        m_offset = position > 0 ? position - 1 : 0;
-        m_what = error.what();
-        // Its text begins with a name of its own and a place that counts bytes.
-        if (m_what.starts_with('['))
-        {
-            m_what.erase(0, std::min(m_what.find("] ") + 2, m_what.size()));
-        }
-        if (const std::size_t reason = m_what.find(": "); m_what.starts_with("parse error"))
-        {
-            m_what.erase(0, reason + 2);
-        }
-        m_what = shortened(m_what, LONGEST_REASON); // it ends in what was read last, however long that is
-        return false;
-    }
-
-    std::size_t m_offset = 0;
-    std::string m_what;
-};
+constexpr std::size_t LONGEST_NAME = 200; ///< of the file's, in a message
 
 class ResourceMapReader
 {
@@ -74,45 +28,40 @@ public:
 
     bool read(std::string_view text)
     {
-        if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos) // to the parser the end
+        JsonFault found;
+        const std::optional<JsonOutline> root = readJson(text, found);
+        if (!root)
         {
-            m_faults.push_back(textPosition(m_name, text, nul) + ": a NUL in the text");
+            m_faults.push_back(textPosition(m_name, text, found.offset) + ": " + found.what);
             return false;
         }
-        const Json root = Json::parse(text, nullptr, false);
-        if (root.is_discarded())
-        {
-            const JsonFault found(text);
-            m_faults.push_back(textPosition(m_name, text, found.offset()) + ": " + found.what());
-            return false;
-        }
-        return readMembers(root);
+        return readMembers(*root);
     }
 
 private:
-    bool readMembers(const Json& root)
+    bool readMembers(const JsonOutline& root)
     {
-        if (!root.is_object())
+        if (root.kind != Kind::Object)
         {
             return fault("", "is no object");
         }
-        const auto language = root.find("language");
-        const auto catalogues = root.find("catalogues");
-        if (language == root.end() || !language->is_string())
+        const JsonOutline* const language = root.find("language");
+        const JsonOutline* const catalogues = root.find("catalogues");
+        if (language == nullptr || language->kind != Kind::Text)
         {
             return fault("/language", "is no text");
         }
-        if (catalogues == root.end() || !catalogues->is_object())
+        if (catalogues == nullptr || catalogues->kind != Kind::Object)
         {
             return fault("/catalogues", "is no object");
         }
-        m_map.language = language->get<std::string>();
+        m_map.language = language->text;
         readCatalogues(*catalogues);
-        for (const auto& [key, value] : root.items())
+        for (const auto& [key, value] : root.members)
         {
             if (key == "fallbacks")
             {
-                readFallbacks(value);
+                readFallbacks(*value);
             }
             else if (key != "language" && key != "catalogues")
             {
@@ -121,14 +70,14 @@ private:
         }
         if (!m_map.knows(m_map.language))
         {
-            fault("/language", "is \"" + m_map.language + "\", which has no catalogue");
+            fault("/language", "is " + quoted(m_map.language) + ", which has no catalogue");
         }
         return true;
     }
 
-    void readCatalogues(const Json& domains)
+    void readCatalogues(const JsonOutline& domains)
     {
-        for (const auto& [domain, files] : domains.items())
+        for (const auto& [domain, files] : domains.members)
         {
             const std::string path = "/catalogues/" + domain;
             if (domain.empty() || domain.find_first_of("#:") != std::string::npos)
@@ -136,85 +85,89 @@ private:
                 fault(path, "cannot stand in a key; it is ignored");
                 continue;
             }
-            if (!files.is_object())
+            if (files->kind != Kind::Object)
             {
                 fault(path, "is no object; it is ignored");
                 continue;
             }
-            for (const auto& [language, file] : files.items())
+            for (const auto& [language, file] : files->members)
             {
-                readCatalogue(domain, language, file);
+                readCatalogue(domain, language, *file);
             }
         }
     }
 
-    void readCatalogue(const std::string& domain, const std::string& language, const Json& file)
+    void readCatalogue(const std::string& domain, const std::string& language, const JsonOutline& file)
     {
         if (const char* const wrong = faultOf(language, file))
         {
             fault("/catalogues/" + domain + "/" + language, wrong);
             return;
         }
-        m_map.catalogues[domain][language] = file.get<std::string>();
+        m_map.catalogues[domain][language] = file.text;
         m_spoken.insert(language);
     }
 
     /// Null for nothing.
-    static const char* faultOf(const std::string& language, const Json& file)
+    static const char* faultOf(const std::string& language, const JsonOutline& file)
     {
         if (language.empty())
         {
             return "names no language; it is ignored";
         }
-        if (!file.is_string())
+        if (file.kind != Kind::Text)
         {
             return "is no text; it is ignored";
         }
-        return file.get_ref<const std::string&>().empty() ? "names no file; it is ignored" : nullptr;
+        return file.text.empty() ? "names no file; it is ignored" : nullptr;
     }
 
-    void readFallbacks(const Json& languages)
+    void readFallbacks(const JsonOutline& languages)
     {
-        if (!languages.is_object())
+        if (languages.kind != Kind::Object)
         {
             fault("/fallbacks", "is no object; it is ignored");
             return;
         }
-        for (const auto& [language, fallbacks] : languages.items())
+        for (const auto& [language, fallbacks] : languages.members)
         {
             const std::string path = "/fallbacks/" + language;
-            if (language.empty() || !fallbacks.is_array())
+            if (language.empty() || fallbacks->kind != Kind::List)
             {
                 fault(path, "is no list for a language; it is ignored");
                 continue;
             }
             std::vector<std::string>& list = m_map.fallbacks[language];
-            for (const Json& fallback : fallbacks)
+            for (std::size_t i = 0; i < fallbacks->items.size(); ++i)
             {
-                readFallback(list, fallback, path + "/" + std::to_string(&fallback - &fallbacks[0]));
+                readFallback(list, fallbacks->items[i], path + "/" + std::to_string(i));
             }
         }
     }
 
-    void readFallback(std::vector<std::string>& list, const Json& fallback, const std::string& path)
+    void readFallback(std::vector<std::string>& list, const std::optional<std::string>& fallback,
+                      const std::string& path)
     {
-        if (!fallback.is_string())
+        if (!fallback)
         {
             fault(path, "is no text; it is ignored");
         }
-        else if (!m_spoken.contains(fallback.get<std::string>()))
+        else if (!m_spoken.contains(*fallback))
         {
-            fault(path, "is \"" + fallback.get<std::string>() + "\", which has no catalogue; it is ignored");
+            fault(path, "is " + quoted(*fallback) + ", which has no catalogue; it is ignored");
         }
         else
         {
-            list.push_back(fallback.get<std::string>());
+            list.push_back(*fallback);
         }
     }
 
+    static std::string quoted(const std::string& name) { return '"' + shortened(name, LONGEST_NAME) + '"'; }
+
     bool fault(const std::string& path, const std::string& what)
     {
-        m_faults.push_back(m_name + ": " + (path.empty() ? "the resource map" : path) + " " + what);
+        m_faults.push_back(m_name + ": " +
+                           (path.empty() ? "the resource map" : shortened(path, LONGEST_NAME)) + " " + what);
         return false;
     }
 

@@ -1,18 +1,13 @@
 #include "kodo/loom/ui_resource_manager.hpp"
 
 #include "kodo/core/debug_message_helper.hpp"
-#include "kodo/core/text_hash.hpp"
 #include "kodo/fs/file_content.hpp"
-#include "kodo/loom/mo_catalogue.hpp"
+#include "kodo/loom/languages.hpp"
 #include "kodo/loom/resource_map.hpp"
 #include "kodo/loom/ui_resource_utils.hpp"
 
 #include <atomic>
-#include <functional>
-#include <map>
 #include <mutex>
-#include <set>
-#include <unordered_map>
 #include <utility>
 
 namespace Kodo::Loom
@@ -32,62 +27,6 @@ void report(const Faults& faults)
 }
 
 constexpr std::size_t MAX_MAP_SIZE = std::size_t{16} * 1024 * 1024;
-
-/// A catalogue that is read when it is first asked.
-class LazyCatalogue
-{
-public:
-    explicit LazyCatalogue(std::string file) : m_file(std::move(file)) {}
-
-    const MoCatalogue& get() const
-    {
-        const MoCatalogue* loaded = m_loaded.load(std::memory_order_acquire);
-        return loaded != nullptr ? *loaded : load();
-    }
-
-private:
-    const MoCatalogue& load() const
-    {
-        std::string fault;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (!m_catalogue)
-            {
-                m_catalogue = read(fault);
-                m_loaded.store(m_catalogue.get(), std::memory_order_release);
-            }
-        }
-        if (!fault.empty()) // unlocked: whoever receives it may translate
-        {
-            report({m_file + ": " + fault});
-        }
-        return *m_catalogue;
-    }
-
-    std::unique_ptr<const MoCatalogue> read(std::string& fault) const
-    {
-        FS::FileContent content;
-        const FS::FileReading reading = FS::readFile(content, m_file, MoCatalogue::MAX_FILE_SIZE);
-        if (reading != FS::FileReading::Done)
-        {
-            fault = FS::describe(reading, MoCatalogue::MAX_FILE_SIZE);
-            return std::make_unique<const MoCatalogue>();
-        }
-        return std::make_unique<const MoCatalogue>(std::move(content), fault);
-    }
-
-    std::string m_file;
-    mutable std::mutex m_mutex;
-    mutable std::unique_ptr<const MoCatalogue> m_catalogue;
-    mutable std::atomic<const MoCatalogue*> m_loaded{nullptr};
-};
-
-/// The catalogues to be asked, in order, for each domain, when one language is spoken.
-struct Language
-{
-    std::string name;
-    std::unordered_map<std::string, std::vector<const LazyCatalogue*>, TextHash, std::equal_to<>> domains;
-};
 
 } // namespace
 
@@ -109,29 +48,21 @@ public:
     std::vector<std::string> languages()
     {
         current();
-        std::vector<std::string> names;
-        for (const auto& [name, language] : m_languages)
-        {
-            names.push_back(name);
-        }
-        return names;
+        return m_languages.names();
     }
     bool select(const std::string& name)
     {
         current();
-        const auto found = m_languages.find(name);
-        if (found == m_languages.end())
+        const Language* const found = m_languages.find(name);
+        if (found == nullptr)
         {
             return false;
         }
-        m_current.store(&found->second, std::memory_order_release);
+        m_current.store(found, std::memory_order_release);
         return true;
     }
 
 private:
-    /// The domains and catalogues of one language.
-    using Catalogued = std::vector<std::pair<const std::string*, const LazyCatalogue*>>;
-
     const Language& load()
     {
         const char* const path = m_owner.resourceMapPath();
@@ -148,10 +79,12 @@ private:
         return *m_current.load(std::memory_order_acquire);
     }
 
+    /// Changes nothing where it throws, so that the next call reads the map.
     void read(const std::string& name, Faults& faults)
     {
         FS::FileContent content;
         ResourceMap map;
+        bool isUsable = false;
         const FS::FileReading reading = FS::readFile(content, name, MAX_MAP_SIZE);
         if (name.empty())
         {
@@ -163,88 +96,33 @@ private:
         }
         else
         {
-            m_isUsable = parseResourceMap(map, content.view(), name, faults);
+            isUsable = parseResourceMap(map, content.view(), name, faults);
         }
-        const Language* first = &m_none;
-        if (m_isUsable)
-        {
-            makeLanguages(map);
-            first = firstLanguage(map, name, faults);
-        }
-        m_current.store(first, std::memory_order_release);
+        Languages languages(isUsable ? map : ResourceMap());
+        const Language* const first = isUsable ? firstLanguage(languages, map, name, faults) : nullptr;
+        m_languages = std::move(languages);
+        m_isUsable = isUsable;
+        m_current.store(first != nullptr ? first : &m_none, std::memory_order_release);
     }
 
-    void makeLanguages(const ResourceMap& map)
-    {
-        std::map<std::string, const LazyCatalogue*> byFile; // one file may serve several languages
-        std::map<std::string, Catalogued> byLanguage;
-        for (const auto& [domain, files] : map.catalogues)
-        {
-            for (const auto& [name, file] : files)
-            {
-                byLanguage[name].emplace_back(&domain, catalogue(byFile, file));
-            }
-        }
-        for (const std::string& name : map.languages())
-        {
-            std::vector<std::string> order{name};
-            if (const auto fallbacks = map.fallbacks.find(name); fallbacks != map.fallbacks.end())
-            {
-                order.insert(order.end(), fallbacks->second.begin(), fallbacks->second.end());
-            }
-            Language& language = m_languages[name];
-            language.name = name;
-            std::set<std::string_view> added; // each counts where it stands first
-            for (const std::string& each : order)
-            {
-                if (added.insert(each).second)
-                {
-                    addCatalogues(language, byLanguage[each]);
-                }
-            }
-        }
-    }
-
-    static void addCatalogues(Language& language, const Catalogued& catalogues)
-    {
-        for (const auto& [domain, catalogue] : catalogues)
-        {
-            language.domains[*domain].push_back(catalogue);
-        }
-    }
-
-    const LazyCatalogue* catalogue(std::map<std::string, const LazyCatalogue*>& byFile,
-                                   const std::string& file)
-    {
-        const LazyCatalogue*& known = byFile[file];
-        if (known == nullptr)
-        {
-            known = m_catalogues.emplace_back(std::make_unique<const LazyCatalogue>(file)).get();
-        }
-        return known;
-    }
-
-    const Language* firstLanguage(const ResourceMap& map, const std::string& name, Faults& faults) const
+    /// The one to be spoken at first: the process's, or else the map's.
+    static const Language* firstLanguage(const Languages& languages, const ResourceMap& map,
+                                         const std::string& name, Faults& faults)
     {
         const std::string wanted = UiResourceUtils::currentLanguage();
-        if (const auto found = m_languages.find(wanted); found != m_languages.end())
-        {
-            return &found->second;
-        }
-        if (!wanted.empty())
+        const Language* const found = languages.find(wanted);
+        if (found == nullptr && !wanted.empty())
         {
             faults.push_back(name + ": there is no language \"" + wanted + "\"");
         }
-        const auto found = m_languages.find(map.language);
-        return found != m_languages.end() ? &found->second : &m_none;
+        return found != nullptr ? found : languages.find(map.language);
     }
 
     UiResourceManager& m_owner;
     std::mutex m_mutex; ///< held while the map is read
     bool m_isUsable = false;
     const Language m_none;
-    std::vector<std::unique_ptr<const LazyCatalogue>> m_catalogues;
-    std::map<std::string, Language> m_languages; ///< never changed once the map is read
+    Languages m_languages; ///< never changed once the map is read
     std::atomic<const Language*> m_current{nullptr};
 };
 
@@ -278,20 +156,7 @@ bool UiResourceManager::setLanguage(const std::string& language)
 
 std::string_view UiResourceManager::find(std::string_view domain, std::string_view message) const
 {
-    const Language& language = m_catalogues->current();
-    const auto catalogues = language.domains.find(domain);
-    if (catalogues == language.domains.end())
-    {
-        return {};
-    }
-    for (const LazyCatalogue* catalogue : catalogues->second)
-    {
-        if (const std::string_view text = catalogue->get().find(message); !text.empty())
-        {
-            return text;
-        }
-    }
-    return {};
+    return m_catalogues->current().find(domain, message);
 }
 
 } // namespace Kodo::Loom
