@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <pugixml.hpp>
+
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -28,6 +32,25 @@ std::string valueOf(const std::string& text)
     const Section section = parse("<root><v>" + text + "</v></root>");
     return section ? section->readString("v", "none") : "no tree";
 }
+
+/// Lets the XML parser, which does not use operator new, run out of memory after some allocations.
+class FailingParserMemory
+{
+public:
+    explicit FailingParserMemory(std::size_t successes)
+    {
+        s_left = successes;
+        pugi::set_memory_management_functions(
+            [](std::size_t size) { return s_left-- == 0 ? (s_left = 0, nullptr) : std::malloc(size); },
+            &std::free);
+    }
+    FailingParserMemory(const FailingParserMemory&) = delete;
+    FailingParserMemory& operator=(const FailingParserMemory&) = delete;
+    ~FailingParserMemory() { pugi::set_memory_management_functions(&std::malloc, &std::free); }
+
+private:
+    inline static std::size_t s_left = 0;
+};
 
 } // namespace
 
@@ -219,6 +242,25 @@ TEST(DataSectionFaultTest, AFaultIsReportedWithPriorityFive)
     parse("");
     EXPECT_EQ(reports.reports().at(0).priority, 5);
     EXPECT_FALSE(reports.reports().at(0).critical);
+}
+
+TEST(DataSectionFaultTest, WantOfMemoryIsNoFaultOfTheFile)
+{
+    const std::string text = "<l>" + repeated("<a>text</a>", 5'000) + "</l>"; // several of the parser's pages
+    std::size_t failures = 0;
+    for (bool done = false; !done; ++failures)
+    {
+        const FailingParserMemory memory(failures);
+        try
+        {
+            EXPECT_EQ(childNames(parse(text)).size(), 5'000U);
+            done = true;
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+    }
+    EXPECT_GT(failures, 5U);
 }
 
 TEST(DataSectionTest, ElementsMayStandWithinOneAnotherUpToTheLimit)

@@ -6,7 +6,7 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <cstring>
+#include <new>
 #include <string_view>
 
 namespace Kodo
@@ -153,6 +153,10 @@ SmartPointer<DataSection> DataSectionLoader::load(FS::FileContent text, FS::Text
     // With the NUL at the end: the parser writes its own one over the last byte it is given.
     const pugi::xml_parse_result result = tree->document().load_buffer_inplace(
         content.data.get(), content.size + 1, OPTIONS, pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory) // nothing is wrong with the file
+    {
+        throw std::bad_alloc();
+    }
     fault = result ? faultOutsideRoot(tree->document(), content.size)
                    : FS::TextFault{result.description(), static_cast<std::size_t>(result.offset)};
     if (!fault)
@@ -220,7 +224,10 @@ SmartPointer<DataSection> DataSection::parse(const BasicStringRef<char>& text, c
 SmartPointer<DataSection> DataSection::makeEmpty(const std::string& name)
 {
     const SmartPointer<DataSectionTree> tree(new DataSectionTree({}));
-    tree->document().append_child(pugi::node_element).set_name(name.c_str());
+    if (!tree->document().append_child(pugi::node_element).set_name(name.c_str()))
+    {
+        throw std::bad_alloc();
+    }
     return DataSectionLoader::section(tree);
 }
 

@@ -87,7 +87,7 @@ public:
     /// The tree of a whole file; null for a text that is not well-formed or nested too deep, with one message
     /// that has @p name, the line and the column. docs/localization.md tells what is accepted.
     static SmartPointer<DataSection> parse(const BasicStringRef<char>& text, const std::string& name);
-    /// A section of that name that has nothing in it.
+    /// A section of that name that has nothing in it. Like parse() it throws only for want of memory.
     static SmartPointer<DataSection> makeEmpty(const std::string& name);
 
     /// The tag.
