@@ -71,10 +71,11 @@ SceneBounds boundsOfCurve(const EditorCurve& curve)
     for (std::size_t i = 0; i < points; ++i)
     {
         bounds.include(curve.pointPosition(i));
-        const float steps = isStraight || i + 1 == points ? 0.0F : curve.segmentResolution(i);
-        for (float step = 1.0F; step < steps; ++step)
+        const int steps = isStraight || i + 1 == points ? 0 : static_cast<int>(curve.segmentResolution(i));
+        for (int step = 1; step < steps; ++step)
         {
-            bounds.include(curve.positionAt(curve.pointParameter(i) + step / steps));
+            const float part = static_cast<float>(step) / static_cast<float>(steps);
+            bounds.include(curve.positionAt(curve.pointParameter(i) + part));
         }
     }
     return bounds;

@@ -194,7 +194,7 @@ DebugPainter::DebugPainter()
       m_sphereUniforms{m_sphereProgram.uniform("toClip"), m_sphereProgram.uniform("toWorld"),
                        m_sphereProgram.uniform("normalToWorld"), m_sphereProgram.uniform("color")}
 {
-    constexpr int SPLITS = 3; // 1280 triangles: a ball 100 pixels wide is round to a tenth of a pixel
+    constexpr int SPLITS = 3; // 1280 triangles: a ball 44 pixels wide is round to a tenth of a pixel
     const SphereMesh mesh = makeSphereMesh(SPLITS);
     m_sphereIndexCount = static_cast<GLsizei>(mesh.indices.size());
     glBindVertexArray(m_sphereArray.name());
