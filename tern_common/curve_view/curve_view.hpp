@@ -52,7 +52,8 @@ public:
         /// The user wants a point at a place in the curve's space and at a parameter: what the model does
         /// about it, it emits.
         virtual void insertPoint(const Kodo::Vector3& position, float parameter) = 0;
-        /// The user wants a point removed: what the model does about it, it emits.
+        /// The user wants a point removed: what the model does about it, it emits. @p index is the point's
+        /// place in the view, and may lie beyond the points of a model that lost some and emitted nothing.
         virtual void removePoint(std::size_t index) = 0;
         /// What stands for a point in the editor (property panels, undo).
         virtual tern::ReflectedObject pointObject(std::size_t index) const = 0;
@@ -75,7 +76,8 @@ public:
     };
 
     /// @p curve and @p drawer may be null: without a curve the view is empty, without a drawer the curve
-    /// itself is not drawn. Without a @p drawer argument it is a DefaultCurveDrawer.
+    /// itself is not drawn. Without a @p drawer argument it is a DefaultCurveDrawer. The space should have
+    /// its collision scene already: control points made without one are reported, and no ray hits them.
     CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId);
     CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, const Kodo::Matrix& origin);
     CurveView(std::unique_ptr<IAbstractCurve> curve, int spaceId, std::unique_ptr<ICurveDrawer> drawer);

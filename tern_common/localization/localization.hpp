@@ -30,6 +30,7 @@ public:
     class TERN_COMMON_API ResourceManager : public Kodo::Loom::UiResourceManager
     {
     public:
+        /// Always "gui/canopy/res_map.json".
         const char* resourceMapPath() override;
     };
 

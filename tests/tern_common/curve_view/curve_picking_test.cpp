@@ -456,4 +456,21 @@ TEST_F(CurvePickingTest, PointsThatHaveLostTheirSpaceAreNotFound)
     EXPECT_EQ(collider.collide(ray).size(), 2U);
 }
 
+TEST_F(CurvePickingTest, ACollisionSceneThatComesLateKnowsThePointsOnceTheyAreMadeAnew)
+{
+    Kodo::CollisionSceneManager::instance().removeScene(space.id);
+    {
+        const std::string noCollider = "ControlPointImpl :: cannot add control point to the collision scene";
+        const ExpectReports reports(std::vector<std::string>(4, noCollider)); // two for each point
+        show(2);
+    }
+    Kodo::CollisionSceneManager::instance().createScene(space.id);
+    SpaceCurvePointCollider collider(Kodo::SpaceManager::instance().space(space.id));
+    Kodo::Collisions::Ray ray{{0, 0, -100}, {0, 0, 1}};
+    views[0]->render(context);
+    EXPECT_TRUE(collider.collide(ray).empty());
+    views[0]->update();
+    EXPECT_EQ(collider.collide(ray).size(), 2U);
+}
+
 } // namespace
