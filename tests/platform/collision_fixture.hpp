@@ -10,23 +10,12 @@
 #include <optional>
 #include <vector>
 
-using Kodo::CollisionScene;
-using Kodo::CollisionShape;
-using Kodo::Matrix;
-using Kodo::Quaternion;
-using Kodo::SceneObject;
-using Kodo::SmartPointer;
-using Kodo::Vector3;
-using Kodo::Collisions::ICollisionCollector;
-using Kodo::Collisions::Ray;
-using Kodo::Collisions::RayHit;
-
-inline constexpr int SPHERE = CollisionShape::TEMPLATE_SPHERE;
-inline constexpr int BOX = CollisionShape::TEMPLATE_BOX;
+inline constexpr int SPHERE = Kodo::CollisionShape::TEMPLATE_SPHERE;
+inline constexpr int BOX = Kodo::CollisionShape::TEMPLATE_BOX;
 inline constexpr int MASK = 16;
 
 /// Keeps what a ray hits, and does what the test says meanwhile.
-class Collector final : public ICollisionCollector
+class Collector final : public Kodo::Collisions::ICollisionCollector
 {
 public:
     struct Hit
@@ -36,9 +25,12 @@ public:
         int mask;
     };
 
-    explicit Collector(int queryReturnType = RETURN_ALL) : ICollisionCollector(queryReturnType) {}
+    explicit Collector(int queryReturnType = RETURN_ALL)
+        : Kodo::Collisions::ICollisionCollector(queryReturnType)
+    {
+    }
 
-    void onHit(const RayHit& hit) override
+    void onHit(const Kodo::Collisions::RayHit& hit) override
     {
         const std::uint64_t id = hit.sceneObject.id();
         hits.push_back({id, hit.distance, hit.collisionMask});
@@ -60,32 +52,33 @@ public:
     }
 
     std::vector<Hit> hits;
-    std::function<void(const RayHit&)> then;
+    std::function<void(const Kodo::Collisions::RayHit&)> then;
 };
 
-inline Matrix placedAt(const Vector3& position, const Vector3& scale = {1.0F, 1.0F, 1.0F})
+inline Kodo::Matrix placedAt(const Kodo::Vector3& position, const Kodo::Vector3& scale = {1.0F, 1.0F, 1.0F})
 {
-    return Matrix::constructTransformationMatrix(position, Quaternion::IDENTITY, scale);
+    return Kodo::Matrix::constructTransformationMatrix(position, Kodo::Quaternion::IDENTITY, scale);
 }
 
 /// A scene with shapes of size 2, so that the radius of a sphere is 1.
 class CollisionTest : public testing::Test
 {
 protected:
-    SmartPointer<CollisionShape> shape(int shapeTemplate, const Vector3& extent = {2.0F, 2.0F, 2.0F},
-                                       const Vector3& offset = Vector3::ZERO)
+    Kodo::SmartPointer<Kodo::CollisionShape> shape(int shapeTemplate,
+                                                   const Kodo::Vector3& extent = {2.0F, 2.0F, 2.0F},
+                                                   const Kodo::Vector3& offset = Kodo::Vector3::ZERO)
     {
         return scene->createShape(shapeTemplate, extent, offset, false);
     }
 
-    SceneObject add(int shapeTemplate, const Matrix& transform, int mask = MASK)
+    Kodo::SceneObject add(int shapeTemplate, const Kodo::Matrix& transform, int mask = MASK)
     {
-        const SceneObject object;
+        const Kodo::SceneObject object;
         EXPECT_TRUE(scene->addUserObject(object, shape(shapeTemplate), transform, 0, 0, mask));
         return object;
     }
 
-    std::vector<std::uint64_t> hitBy(const Ray& ray) const
+    std::vector<std::uint64_t> hitBy(const Kodo::Collisions::Ray& ray) const
     {
         Collector collector;
         scene->collideRay(ray, collector, nullptr);
@@ -93,7 +86,7 @@ protected:
     }
 
     /// The distance of the only hit; nothing when there is none.
-    std::optional<double> distanceBy(const Ray& ray) const
+    std::optional<double> distanceBy(const Kodo::Collisions::Ray& ray) const
     {
         Collector collector;
         scene->collideRay(ray, collector, nullptr);
@@ -101,5 +94,5 @@ protected:
         return collector.hits.empty() ? std::nullopt : std::optional(collector.hits[0].distance);
     }
 
-    std::unique_ptr<CollisionScene> scene = std::make_unique<CollisionScene>();
+    std::unique_ptr<Kodo::CollisionScene> scene = std::make_unique<Kodo::CollisionScene>();
 };

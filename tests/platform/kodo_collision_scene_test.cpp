@@ -14,8 +14,15 @@
 namespace
 {
 
+using Kodo::CollisionScene;
 using Kodo::CollisionSceneManager;
+using Kodo::Matrix;
+using Kodo::SceneObject;
+using Kodo::Vector3;
+using Kodo::Collisions::ICollisionCollector;
 using Kodo::Collisions::ICollisionFilter;
+using Kodo::Collisions::Ray;
+using Kodo::Collisions::RayHit;
 
 static_assert(!std::is_copy_constructible_v<CollisionScene>);
 static_assert(std::is_trivially_copyable_v<SceneObject>);

@@ -11,6 +11,13 @@
 namespace
 {
 
+using Kodo::CollisionScene;
+using Kodo::Matrix;
+using Kodo::Quaternion;
+using Kodo::SceneObject;
+using Kodo::Vector3;
+using Kodo::Collisions::Ray;
+
 constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 constexpr float INFINITE = std::numeric_limits<float>::infinity();
 
