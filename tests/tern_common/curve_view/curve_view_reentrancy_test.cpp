@@ -115,55 +115,19 @@ protected:
                 "positionAt", "pointPosition", "pointObject"};
     }
 
-    TestSpace space;
-    DrawerLog log;
-    RecordingCurve* curve = nullptr;
-    std::unique_ptr<CurveView> view;
-};
-
-TEST_F(CurveViewReentrancyTest, AModelMayEditItselfFromWithinAnyCall)
-{
-    const std::size_t actCount = acts().size();
-    int nested = 0;
-    for (std::size_t outer = 0; outer < actCount; ++outer)
+    /// Calls @p test with each act, on a view of five points shown anew, and each of the first calls that the
+    /// model gets of each operation.
+    void forEveryCall(
+        const std::function<void(const Act& act, const std::string& operation, std::size_t nth)>& test)
     {
-        for (std::size_t inner = 0; inner < actCount; ++inner)
+        for (const Act& act : acts())
         {
             for (const std::string& operation : operations())
             {
                 for (std::size_t nth = 1; nth <= 6; ++nth)
                 {
                     show(5);
-                    const Act outerAct = acts()[outer];
-                    const Act innerAct = acts()[inner];
-                    const std::string where = innerAct.name + " from within " + operation + " number " +
-                                              std::to_string(nth) + " of " + outerAct.name;
-                    bool ran = false;
-                    actWithin(*curve, operation, nth,
-                              [&]
-                              {
-                                  ran = true;
-                                  innerAct.run();
-                              });
-                    // A curve that shrinks while it is asked has no answer: it throws, and is shown anew.
-                    bool thrown = false;
-                    const CollectReports reports; // what is removed from within may have been the outer's
-                    try
-                    {
-                        outerAct.run();
-                    }
-                    catch (const std::out_of_range&)
-                    {
-                        thrown = true;
-                        EXPECT_EQ(innerAct.name, "removed") << where;
-                    }
-                    curve->onCall = nullptr;
-                    nested += ran ? 1 : 0;
-                    if (thrown)
-                    {
-                        view->update();
-                    }
-                    expectInStep(where);
+                    test(act, operation, nth);
                     if (HasFatalFailure())
                     {
                         return;
@@ -172,73 +136,102 @@ TEST_F(CurveViewReentrancyTest, AModelMayEditItselfFromWithinAnyCall)
             }
         }
     }
+
+    TestSpace space;
+    DrawerLog log;
+    RecordingCurve* curve = nullptr;
+    std::unique_ptr<CurveView> view;
+};
+
+TEST_F(CurveViewReentrancyTest, AModelMayEditItselfFromWithinAnyCall)
+{
+    int nested = 0;
+    for (const Act& inner : acts())
+    {
+        forEveryCall(
+            [&](const Act& outer, const std::string& operation, std::size_t nth)
+            {
+                const std::string where = inner.name + " from within " + operation + " number " +
+                                          std::to_string(nth) + " of " + outer.name;
+                actWithin(*curve, operation, nth,
+                          [&]
+                          {
+                              ++nested;
+                              inner.run();
+                          });
+                // A curve that shrinks while it is asked has no answer: it throws, and is shown anew.
+                bool thrown = false;
+                const CollectReports reports; // what is removed from within may have been the outer's
+                try
+                {
+                    outer.run();
+                }
+                catch (const std::out_of_range&)
+                {
+                    thrown = true;
+                    EXPECT_EQ(inner.name, "removed") << where;
+                }
+                curve->onCall = nullptr;
+                if (thrown)
+                {
+                    view->update();
+                }
+                expectInStep(where);
+            });
+    }
     EXPECT_GT(nested, 1000);
 }
 
 TEST_F(CurveViewReentrancyTest, TheViewMayEndFromWithinAnyCallOfTheModel)
 {
     int ended = 0;
-    for (std::size_t outer = 0; outer < acts().size(); ++outer)
-    {
-        for (const std::string& operation : operations())
+    forEveryCall(
+        [&](const Act& act, const std::string& operation, std::size_t nth)
         {
-            for (std::size_t nth = 1; nth <= 6; ++nth)
+            // The model lives on, as its call is running: the view gives it up by moving.
+            std::unique_ptr<CurveView> keeper;
+            actWithin(*curve, operation, nth,
+                      [&]
+                      {
+                          keeper = std::make_unique<CurveView>(std::move(*view));
+                          view.reset();
+                          ++ended;
+                      });
+            act.run();
+            if (keeper)
             {
-                show(5);
-                // The model lives on, as its call is running: the view gives it up by moving.
-                const Act act = acts()[outer];
-                std::unique_ptr<CurveView> keeper;
-                actWithin(*curve, operation, nth,
-                          [&]
-                          {
-                              keeper = std::make_unique<CurveView>(std::move(*view));
-                              view.reset();
-                              ++ended;
-                          });
-                act.run();
-                if (keeper)
-                {
-                    keeper->setCurve(nullptr);
-                }
-                view.reset();
-                EXPECT_EQ(space.itemCount(), 0U) << operation << ' ' << nth << " of " << act.name;
+                keeper->setCurve(nullptr);
             }
-        }
-    }
+            view.reset();
+            EXPECT_EQ(space.itemCount(), 0U) << operation << ' ' << nth << " of " << act.name;
+        });
     EXPECT_GT(ended, 150);
 }
 
 TEST_F(CurveViewReentrancyTest, TheModelMayBeReplacedFromWithinAnyOfItsCalls)
 {
     int replaced = 0;
-    for (std::size_t outer = 0; outer < acts().size(); ++outer)
-    {
-        for (const std::string& operation : operations())
+    forEveryCall(
+        [&](const Act& act, const std::string& operation, std::size_t nth)
         {
-            for (std::size_t nth = 1; nth <= 6; ++nth)
+            std::unique_ptr<CurveView> keeper; // of the old model, whose call is running
+            actWithin(*curve, operation, nth,
+                      [&]
+                      {
+                          keeper = std::make_unique<CurveView>(std::move(*view));
+                          auto next = std::make_unique<RecordingCurve>(3);
+                          curve = next.get();
+                          view->setCurve(std::move(next));
+                          ++replaced;
+                      });
+            act.run();
+            if (keeper)
             {
-                show(5);
-                const Act act = acts()[outer];
-                std::unique_ptr<CurveView> keeper; // of the old model, whose call is running
-                actWithin(*curve, operation, nth,
-                          [&]
-                          {
-                              keeper = std::make_unique<CurveView>(std::move(*view));
-                              auto next = std::make_unique<RecordingCurve>(3);
-                              curve = next.get();
-                              view->setCurve(std::move(next));
-                              ++replaced;
-                          });
-                act.run();
-                if (keeper)
-                {
-                    keeper.reset();
-                    EXPECT_EQ(curve->m_view, view.get());
-                    expectPointsInStep(operation + ' ' + std::to_string(nth) + " of " + act.name);
-                }
+                keeper.reset();
+                EXPECT_EQ(curve->m_view, view.get());
+                expectPointsInStep(operation + ' ' + std::to_string(nth) + " of " + act.name);
             }
-        }
-    }
+        });
     EXPECT_GT(replaced, 150);
 }
 
